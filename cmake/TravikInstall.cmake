@@ -1,0 +1,1 @@
+# Headers, libraries, CMake package, pkg-config file and tool.
