@@ -1,0 +1,72 @@
+#include <travik/platform/ErrorManager.h>
+
+#include <QByteArray>
+
+#include <cstddef>
+#include <cstdio>
+#include <map>
+#include <utility>
+
+namespace Travik {
+
+namespace {
+
+struct Service {
+    std::map<int, const char*> texts; // by error code
+    CErrorManager::SignalHandler signalHandler;
+    CErrorManager::RegisterHandler registerHandler;
+};
+
+Service& service() {
+    // Never destroyed: objects of static storage may signal errors until the very end.
+    static Service* const instance = new Service;
+    return *instance;
+}
+
+void writeLine(int code, const QString& context) {
+    QByteArray line = "error " + QByteArray::number(code);
+    const auto registered = service().texts.find(code);
+    for (const QByteArray& part :
+         {QByteArray(registered == service().texts.end() ? nullptr : registered->second), context.trimmed().toUtf8()})
+        if (!part.isEmpty())
+            line += ": " + part;
+    line += '\n';
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+}
+
+} // namespace
+
+CErrorManager* ErrorManager() noexcept {
+    static constinit CErrorManager manager; // trivially destroyed
+    return &manager;
+}
+
+void CErrorManager::registerErrors(const SErrorDefinition* table, int value) const noexcept {
+    try {
+        for (const SErrorDefinition* entry = table; entry && entry->errorCode != -1; ++entry)
+            service().texts[entry->errorCode] = entry->errorText;
+        if (const RegisterHandler handler = service().registerHandler; handler && table)
+            handler(table, value);
+    } catch (...) { // promised to the caller
+    }
+}
+
+void CErrorManager::signal(int code, const QString& text) const noexcept {
+    try {
+        if (const SignalHandler handler = service().signalHandler) // a copy: it may be replaced while it runs
+            handler(code, text);
+        else
+            writeLine(code, text);
+    } catch (...) { // promised to the caller
+    }
+}
+
+CErrorManager::SignalHandler CErrorManager::setSignalHandler(SignalHandler handler) {
+    return std::exchange(service().signalHandler, std::move(handler));
+}
+
+CErrorManager::RegisterHandler CErrorManager::setRegisterHandler(RegisterHandler handler) {
+    return std::exchange(service().registerHandler, std::move(handler));
+}
+
+} // namespace Travik
