@@ -1,0 +1,94 @@
+#pragma once
+
+#include <travik/datablock/Bytes.h>
+#include <travik/datablock/HwDatablock.h>
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+/// The field list of a record: each of its fields once, in the order of the image, with what a person needs to know of
+/// it. Values with units, differences, JSON and plots follow from the list; nothing of it needs to know a class.
+namespace Travik {
+
+/// How an element of a field is stored.
+enum class Stored : unsigned char { U8, I8, U16, I16, U32, I32, F32, F64, Text };
+
+/// What a field is for.
+enum class Role : unsigned char {
+    Value,
+    Count, ///< how many entries of a table are in use
+    Axis,  ///< labels the rows or columns of a table
+    Text,  ///< Latin-1 characters up to the first NUL or the end of the field
+    Date,  ///< packed: bits 0-4 day, 5-8 month, 9-15 year minus 1980
+    Reserved
+};
+
+/// One dimension of an array field.
+struct Dimension {
+    const char* name = "";
+    unsigned int extent = 1; ///< entries stored
+    unsigned int stride = 0; ///< bytes from one to the next
+    /// The field that says how many entries are in use; null: all are. Where that field is an array itself, its entry
+    /// is chosen by the index of the first dimension.
+    const char* count = nullptr;
+    /// The block that labels the entries, relative to this block's identifier: -1 is the identifier before; 0: none.
+    int axisBlock = 0;
+};
+
+/// One field of a record. A value in its unit is (stored × scale + zero).
+struct Field {
+    static constexpr std::size_t maxRank = 4;
+
+    const char* name = ""; ///< lower case with underscores, unique in its list, stable
+    Role role = Role::Value;
+    Stored stored = Stored::U8;
+    unsigned int width = 0;  ///< bytes of an element; the length of a text
+    unsigned int offset = 0; ///< bytes from the start of the image
+    const char* unit = "";
+    double scale = 1.0;
+    double zero = 0.0;
+    /// Where the value has only some bits of its word: how many, from which on, and whether they have a sign.
+    unsigned char bits = 0;
+    unsigned char shift = 0;
+    bool isSigned = false;
+    unsigned char rank = 0; ///< number of dimensions; 0: a single value
+    std::array<Dimension, maxRank> dimensions{};
+
+    unsigned int elements() const {
+        unsigned int product = 1;
+        for (unsigned int i = 0; i < rank; ++i)
+            product *= dimensions[i].extent;
+        return product;
+    }
+};
+
+/// A block's fields after its header, in image order.
+using FieldList = std::vector<Field>;
+
+/// One value of a block, as the visitor hands it out.
+struct FieldValue {
+    const Field& field;
+    std::span<const unsigned int> index; ///< one a dimension, outermost first
+    double value;                        ///< physical; 0 for a text
+    std::string_view text;               ///< Latin-1; empty for a number
+};
+
+/// Which entries of a table a visit goes through.
+enum class Extent : unsigned char {
+    Used, ///< those that the count fields say are in use, at most the capacity
+    Whole ///< the whole capacity
+};
+
+/// The value of one element in its unit; 0 where the image ends before it or the index is out of range.
+TRAVIK_DATABLOCK_EXPORT double fieldValue(std::span<const char> image, const Field& field,
+                                          std::span<const unsigned int> index = {});
+
+/// Hands out every value of an image in list order, rows before columns. The image may end anywhere.
+TRAVIK_DATABLOCK_EXPORT void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,
+                                         const std::function<void(const FieldValue&)>& visitor);
+
+} // namespace Travik

@@ -1,0 +1,170 @@
+#include <travik/datablock/TextWriter.h>
+
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <ostream>
+
+namespace Travik {
+
+namespace {
+
+constexpr std::size_t initialCapacity = 1024;
+constexpr std::size_t decimalRoom = 24; // sign and 20 digits
+// The longest "%.<decimals>f" of a double: sign, 309 digits, point.
+constexpr std::size_t longestFixed = 312;
+
+constexpr std::array<double, 11> powersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
+constexpr std::array<std::uint64_t, 11> integerPowersOfTen = [] {
+    std::array<std::uint64_t, 11> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 10;
+    return powers;
+}();
+
+char* appendDecimal(char* out, std::uint64_t value) { return std::to_chars(out, out + decimalRoom, value).ptr; }
+
+char* appendFraction(char* out, std::uint64_t value, unsigned int digits) {
+    for (unsigned int i = digits; i-- > 0; value /= 10)
+        out[i] = static_cast<char>('0' + value % 10);
+    return out + digits;
+}
+
+// The general case costs several times as much as it does where the rounded digits can be told by plain arithmetic: the
+// value is whole, or its scaled fraction is further from a half than the one rounding of the product can have moved it.
+// Returns null where it cannot be told.
+char* appendQuickly(char* out, double magnitude, unsigned int decimals) {
+    constexpr double wholeLimit = 9.0e18;  // below 2^63
+    constexpr double scaledLimit = 8.0e12; // below 2^43: the product is off by 2^-11 at most
+    constexpr double margin = 0x1p-10;
+    if (decimals >= powersOfTen.size() || !(magnitude < wholeLimit))
+        return nullptr;
+    const auto whole = static_cast<std::uint64_t>(magnitude);
+    std::uint64_t fraction = 0;
+    std::uint64_t integer = whole;
+    if (static_cast<double>(whole) != magnitude) {
+        const double scaled = magnitude * powersOfTen[decimals];
+        if (!(scaled < scaledLimit))
+            return nullptr;
+        auto digits = static_cast<std::uint64_t>(scaled);
+        const double rest = scaled - static_cast<double>(digits);
+        if (std::abs(rest - 0.5) < margin)
+            return nullptr;
+        digits += rest > 0.5;
+        integer = digits / integerPowersOfTen[decimals];
+        fraction = digits % integerPowersOfTen[decimals];
+    }
+    out = appendDecimal(out, integer);
+    if (decimals == 0)
+        return out;
+    *out++ = '.';
+    return appendFraction(out, fraction, decimals);
+}
+
+} // namespace
+
+TextWriter::TextWriter(std::ostream& os)
+    : os_(os), buffer_(std::make_unique_for_overwrite<char[]>(initialCapacity)), capacity_(initialCapacity) {}
+
+TextWriter::~TextWriter() { write(); }
+
+char* TextWriter::room(std::size_t length) {
+    if (capacity_ - used_ < length) {
+        const std::size_t grown = std::max(2 * capacity_, used_ + length);
+        auto larger = std::make_unique_for_overwrite<char[]>(grown);
+        std::memcpy(larger.get(), buffer_.get(), used_);
+        buffer_ = std::move(larger);
+        capacity_ = grown;
+    }
+    return buffer_.get() + used_;
+}
+
+TextWriter& TextWriter::operator<<(std::string_view text) {
+    if (!text.empty())
+        std::memcpy(room(text.size()), text.data(), text.size());
+    used_ += text.size();
+    return *this;
+}
+
+TextWriter& TextWriter::operator<<(char character) {
+    *room(1) = character;
+    ++used_;
+    return *this;
+}
+
+TextWriter& TextWriter::decimal(bool negative, unsigned long long magnitude) {
+    char* const begin = room(decimalRoom);
+    char* out = begin;
+    if (negative)
+        *out++ = '-';
+    used_ += static_cast<std::size_t>(appendDecimal(out, magnitude) - begin);
+    return *this;
+}
+
+void TextWriter::padded(unsigned int value, unsigned int width, char fill) {
+    std::array<char, decimalRoom> digits;
+    const auto length = static_cast<std::size_t>(appendDecimal(digits.data(), value) - digits.data());
+    for (std::size_t i = length; i < width; ++i)
+        *this << fill;
+    *this << std::string_view(digits.data(), length);
+}
+
+TextWriter& TextWriter::zeroFilled(unsigned int value, unsigned int digits) {
+    padded(value, digits, '0');
+    return *this;
+}
+
+TextWriter& TextWriter::rightAligned(unsigned int value, unsigned int width) {
+    padded(value, width, ' ');
+    return *this;
+}
+
+TextWriter& TextWriter::fixed(double value, unsigned int decimals) {
+    const std::size_t longest = longestFixed + decimals;
+    char* const begin = room(longest);
+    char* out = begin;
+    if (std::signbit(value) && !std::isnan(value))
+        *out++ = '-';
+    char* end = appendQuickly(out, std::abs(value), decimals);
+    if (!end)
+        end = std::to_chars(begin, begin + longest, value, std::chars_format::fixed, static_cast<int>(decimals)).ptr;
+    used_ += static_cast<std::size_t>(end - begin);
+    return *this;
+}
+
+TextWriter& TextWriter::current(double value) {
+    std::ostream& os = stream();
+    os.width(0);
+    os << value;
+    return *this;
+}
+
+TextWriter& TextWriter::current(long double value) {
+    std::ostream& os = stream();
+    os.width(0);
+    os << value;
+    return *this;
+}
+
+TextWriter& TextWriter::endLine() {
+    *this << '\n';
+    write();
+    os_.flush();
+    return *this;
+}
+
+std::ostream& TextWriter::stream() {
+    write();
+    return os_;
+}
+
+void TextWriter::write() {
+    if (used_ > 0)
+        os_.write(buffer_.get(), static_cast<std::streamsize>(used_));
+    used_ = 0;
+}
+
+} // namespace Travik

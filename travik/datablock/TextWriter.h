@@ -1,0 +1,70 @@
+#pragma once
+
+#include <travik/datablock/Export.h>
+#include <travik/datablock/Latin1.h>
+
+#include <concepts>
+#include <iosfwd>
+#include <memory>
+#include <string_view>
+
+namespace Travik {
+
+/// Composes the text of a block line by line: a line is put together in memory, written once and flushed. What the
+/// stream was left with by an earlier block (fill, width, base, precision, locale) changes nothing, other than for
+/// `current`.
+class TRAVIK_DATABLOCK_EXPORT TextWriter {
+public:
+    explicit TextWriter(std::ostream& os);
+    TextWriter(const TextWriter&) = delete;
+    TextWriter& operator=(const TextWriter&) = delete;
+    /// A line that was begun but not ended is written as it stands.
+    ~TextWriter();
+
+    TextWriter& operator<<(std::string_view text);
+    TextWriter& operator<<(char character);
+    /// Any integer but a character, in decimal.
+    template <std::integral T>
+    requires(!std::same_as<T, char> && !std::same_as<T, bool>) TextWriter& operator<<(T value) {
+        if constexpr (std::is_signed_v<T>)
+            return decimal(value < 0, value < 0 ? 0 - static_cast<unsigned long long>(value)
+                                                : static_cast<unsigned long long>(value));
+        else
+            return decimal(false, value);
+    }
+
+    /// At least `digits` digits, leading ones "0"; more where the value has more.
+    TextWriter& zeroFilled(unsigned int value, unsigned int digits);
+    /// At least `width` characters, right-aligned with blanks.
+    TextWriter& rightAligned(unsigned int value, unsigned int width);
+    /// As printf's "%.<decimals>f".
+    TextWriter& fixed(double value, unsigned int decimals);
+    /// In the stream's current floating format, whatever its width.
+    TextWriter& current(double value);
+    TextWriter& current(long double value);
+
+    /// Ends the line: newline and flush.
+    TextWriter& endLine();
+    /// A whole line.
+    TextWriter& line(std::string_view text = {}) { return (*this << text).endLine(); }
+
+    /// The stream, for the state that a block leaves on it. What was composed so far is written first.
+    std::ostream& stream();
+
+private:
+    std::ostream& os_;
+    std::unique_ptr<char[]> buffer_;
+    std::size_t capacity_;
+    std::size_t used_ = 0;
+
+    char* room(std::size_t length);
+    TextWriter& decimal(bool negative, unsigned long long magnitude);
+    void padded(unsigned int value, unsigned int width, char fill);
+    void write();
+};
+
+/// How many entries of a table a print goes through at most. No image holds more bytes than that; a count that says so
+/// is damaged or hostile and would run through four thousand million.
+inline constexpr unsigned int printedEntriesLimit = 65535;
+
+} // namespace Travik
