@@ -1,0 +1,128 @@
+#pragma once
+
+#include <travik/datablock/RecordFields.h>
+#include <travik/registry/Catalogue.h>
+#include <travik/registry/text/TableTemplates.h>
+
+/// How the rows of the catalogue are written: everything that a class already says of itself is taken from the class.
+namespace Travik::detail {
+
+/// The class's name as it stands in the source, without namespace and template arguments.
+template <class Block>
+consteval std::string_view className() {
+    const std::string_view function = __PRETTY_FUNCTION__;
+    std::string_view name = function.substr(function.find("Block = ") + 8);
+    name = name.substr(0, name.find_first_of("<;]"));
+    return name.substr(name.rfind(':') + 1);
+}
+
+template <class Block>
+std::string keyOf(const CatalogueEntry& /*entry*/, [[maybe_unused]] int id) {
+    if constexpr (requires { Block::keyOf(id); }) // several names, by identifier
+        return std::string(Block::keyOf(id));
+    else if constexpr (requires { Block::table; })
+        return Block::table.key;
+    else if constexpr (requires { Block::keyName; })
+        return std::string(Block::keyName);
+    else
+        return {};
+}
+
+template <class Block>
+FieldList fieldsOf(const CatalogueEntry& /*entry*/, [[maybe_unused]] int id) {
+    if constexpr (requires { Block::fieldsOf(id); }) { // a list that depends on the identifier
+        return Block::fieldsOf(id);
+    } else if constexpr (requires { Block::table; }) {
+        return tableFields(Block::shape, Block::table);
+    } else if constexpr (requires { typename Block::Record; }) {
+        constexpr const auto& fields = recordFields<typename Block::Record>;
+        return {fields.begin(), fields.end()};
+    } else {
+        return {};
+    }
+}
+
+/// A row that still knows its class.
+template <class Block>
+struct Row : CatalogueEntry {
+    /// Blocks of this row are converted to another byte order, through `swapBlock` where the class has one, otherwise
+    /// through `setBlock`.
+    constexpr Row convertible() const {
+        Row row = *this;
+        row.restore = [](HwDatablock& block) {
+            auto& typed = static_cast<Block&>(block);
+            if constexpr (requires { typed.swapBlock(typed.getBlock()); })
+                typed.swapBlock(typed.getBlock());
+            else
+                typed.setBlock(typed.getBlock());
+        };
+        return row;
+    }
+
+    /// The dictionary leaves this row out.
+    constexpr Row unregistered() const {
+        Row row = *this;
+        row.registered = false;
+        return row;
+    }
+};
+
+using Create = std::unique_ptr<HwDatablock> (*)(const CatalogueEntry& entry, int id);
+
+template <class Block>
+constexpr Row<Block> rows(int first, int last, Create create) {
+    return {{first, last, className<Block>(), true, create, keyOf<Block>, fieldsOf<Block>, nullptr}};
+}
+
+/// A class that is made without arguments, its flag false or fixed.
+template <class Block>
+constexpr Row<Block> row(int first, int last) {
+    return rows<Block>(first, last, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
+        return std::make_unique<Block>();
+    });
+}
+template <class Block>
+constexpr Row<Block> row(int id) {
+    return row<Block>(id, id);
+}
+
+/// A class that is made with the flag true.
+template <class Block>
+constexpr Row<Block> flagged(int id) {
+    return rows<Block>(id, id, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
+        return std::make_unique<Block>(true);
+    });
+}
+
+/// A class that is made with its instance, counted from the first identifier, and further arguments.
+template <class Block, auto... Further>
+constexpr Row<Block> instances(int first, int last) {
+    return rows<Block>(first, last, [](const CatalogueEntry& entry, int id) -> std::unique_ptr<HwDatablock> {
+        return std::make_unique<Block>(id - entry.first, Further...);
+    });
+}
+
+/// A class that is made with its identifier.
+template <class Block>
+constexpr Row<Block> identified(int first, int last) {
+    return rows<Block>(first, last, [](const CatalogueEntry&, int id) -> std::unique_ptr<HwDatablock> {
+        return std::make_unique<Block>(id);
+    });
+}
+
+/// A table that is an instance of a template without a class of its own; its user type is double, its flag true.
+template <template <class, class, class, unsigned int, unsigned int> class Template, class StoreT, unsigned int N,
+          unsigned int M>
+constexpr CatalogueEntry bareTable(const TableSpec& spec) {
+    using Block = Template<MiscData<StoreT, N, M>, StoreT, double, N, M>;
+    CatalogueEntry entry =
+        rows<Block>(spec.id, spec.id, [](const CatalogueEntry& e, int id) -> std::unique_ptr<HwDatablock> {
+            return std::make_unique<Block>(e.table.key, static_cast<unsigned int>(id), 0, e.table.scale, N, M, true);
+        });
+    entry.table = spec;
+    entry.key = [](const CatalogueEntry& e, int) -> std::string { return e.table.key; };
+    entry.fields = [](const CatalogueEntry& e, int) { return tableFields(Block::shape, e.table); };
+    return entry;
+}
+
+} // namespace Travik::detail

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <travik/datablock/HwDatablock.h>
+
+#include <map>
+
+namespace Travik {
+
+/// Block identifier to the prototype of the class that serves it. Releases its nodes, not the prototypes.
+class TRAVIK_DATABLOCK_EXPORT IdHwDatablockOldStyleClassDict : public std::map<int, HwDatablock*> {
+public:
+    /// Adds a prototype of every registered identifier, cut to its header (the end block as it is). The caller owns
+    /// them. An identifier that is there already keeps its prototype.
+    void fill();
+};
+
+} // namespace Travik

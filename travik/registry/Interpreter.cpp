@@ -1,0 +1,56 @@
+#include <travik/registry/Catalogue.h>
+#include <travik/registry/Interpreter.h>
+
+#include <memory>
+
+namespace Travik {
+
+namespace {
+
+void deletePrototypes(const IdHwDatablockOldStyleClassDict& dictionary) {
+    for (const auto& [id, prototype] : dictionary)
+        delete prototype;
+}
+
+} // namespace
+
+HwDatablockOldStyleInterpreter::HwDatablockOldStyleInterpreter() {
+    try {
+        dictionary_.fill();
+    } catch (...) {
+        deletePrototypes(dictionary_);
+        throw;
+    }
+}
+
+HwDatablockOldStyleInterpreter::~HwDatablockOldStyleInterpreter() { deletePrototypes(dictionary_); }
+
+bool HwDatablockOldStyleInterpreter::printHwDatablockOldStyleInfo(HwDatablock* block, std::ostream& os) {
+    const auto found = dictionary_.find(block->getId());
+    if (found == dictionary_.end())
+        return false;
+    HwDatablock* const prototype = found->second;
+    // Let go of the block printed before, whose buffer must keep its size.
+    prototype->setData(QMemArray<char>());
+    prototype->resizeData(block->getBlockSize());
+    prototype->setData(block);
+    prototype->printToStream(os);
+    return true;
+}
+
+bool HwDatablockOldStyleInterpreter::swapHwDatablock(HwEDataFormatTyp format, int id, HwDatablock* block) {
+    const CatalogueEntry* const entry = findEntry(id);
+    if (!entry || !entry->restore)
+        return false;
+    const std::unique_ptr<HwDatablock> temporary = entry->create(*entry, id);
+    temporary->setDataWithoutChecksumCheck(block);
+    // In the firmware order while its fields are re-stored: their setters compute checksums, which would ask for a
+    // conversion of a foreign block again, and so on without end.
+    temporary->setDataFormatTyp(HwDataFormatFirmware);
+    entry->restore(*temporary);
+    temporary->setDataFormatTyp(format);
+    block->setDataWithoutChecksumCheck(temporary.get());
+    return true;
+}
+
+} // namespace Travik

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <travik/registry/Dictionary.h>
+
+#include <iosfwd>
+
+namespace Travik {
+
+/// Prints blocks whose class the caller does not know, and converts blocks to another byte order through an instance of
+/// their class. Owns a prototype of every registered class; separate interpreters are independent, one is used from one
+/// thread at a time.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockOldStyleInterpreter {
+public:
+    /// Fills the dictionary.
+    HwDatablockOldStyleInterpreter();
+    HwDatablockOldStyleInterpreter(const HwDatablockOldStyleInterpreter&) = delete;
+    HwDatablockOldStyleInterpreter& operator=(const HwDatablockOldStyleInterpreter&) = delete;
+    virtual ~HwDatablockOldStyleInterpreter();
+
+    /// Converts the block, taken to be `id`, into the format and hands it buffer and format back. False, and the block
+    /// untouched, for an identifier that is not converted. A table whose checksum is wrong keeps its bytes (error
+    /// 1040001 is signalled), takes the format and counts as converted.
+    bool swapHwDatablock(HwEDataFormatTyp format, int id, HwDatablock* block);
+
+    /// Prints the block through the prototype of its identifier, which shares the block's buffer until the next print
+    /// of that identifier. False, and nothing written, for an identifier without one.
+    bool printHwDatablockOldStyleInfo(HwDatablock* block, std::ostream& os);
+
+    /// The prototypes by identifier, owned by the interpreter.
+    const IdHwDatablockOldStyleClassDict& dictionary() const { return dictionary_; }
+
+private:
+    IdHwDatablockOldStyleClassDict dictionary_;
+};
+
+} // namespace Travik

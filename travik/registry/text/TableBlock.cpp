@@ -1,0 +1,272 @@
+#include <travik/datablock/Bytes.h>
+#include <travik/datablock/ErrorDefinitions.h>
+#include <travik/datablock/TextWriter.h>
+#include <travik/platform/ErrorManager.h>
+#include <travik/registry/text/TableBlock.h>
+
+#include <cmath>
+#include <ostream>
+
+namespace Travik {
+
+namespace {
+
+double toUser(const TableShape& shape, double product) {
+    switch (shape.user) {
+    case UserNumber::Integral:
+        return std::isnan(product) ? 0.0 : std::trunc(std::clamp(product, shape.lowest, shape.highest)) + 0.0;
+    case UserNumber::Float:
+        return static_cast<double>(static_cast<float>(product));
+    case UserNumber::Double:
+        break;
+    }
+    return product;
+}
+
+/// Calls the function with a value of the type that is stored.
+template <class Function>
+auto withStoredType(Stored stored, Function function) {
+    switch (stored) {
+    case Stored::U8:
+        return function(static_cast<unsigned char>(0));
+    case Stored::I8:
+        return function(static_cast<signed char>(0));
+    case Stored::U16:
+        return function(static_cast<unsigned short>(0));
+    case Stored::I16:
+        return function(static_cast<short>(0));
+    case Stored::U32:
+        return function(0U);
+    case Stored::I32:
+        return function(0);
+    case Stored::F32:
+        return function(0.0F);
+    case Stored::F64:
+    case Stored::Text:
+        break;
+    }
+    return function(0.0);
+}
+
+} // namespace
+
+TableBlock::TableBlock(const TableShape& shape, const char* keyName, unsigned int idBase, unsigned int idOffset,
+                       double scaleFactor, unsigned int maxRows, unsigned int maxColumns, bool stopConversionOnError)
+    : HwDatablock(stopConversionOnError), idOffset_(idOffset), idBase_(idBase), keyName_(keyName),
+      scaleFactor_(scaleFactor), maxRows_(std::min(maxRows, shape.rows)),
+      maxColumns_(std::min(maxColumns, shape.columns)), descriptorCount_(shape.descriptors), shape_(&shape) {
+    initialise(static_cast<unsigned short>(idBase_ + idOffset_), static_cast<unsigned short>(shape.size()));
+}
+
+unsigned int TableBlock::getNumberOfRows() const {
+    return bytes::load<unsigned int>(image(), shape_->rowCountOffset());
+}
+
+unsigned int TableBlock::getNumberOfColumns() const {
+    return bytes::load<unsigned int>(image(), shape_->columnCountOffset());
+}
+
+void TableBlock::setNumberOfRows(unsigned int rows) {
+    if (rows <= maxRows_ && bytes::store(image(), shape_->rowCountOffset(), rows))
+        refreshChecksum();
+}
+
+void TableBlock::setNumberOfColumns(unsigned int columns) {
+    if (columns <= maxColumns_ && bytes::store(image(), shape_->columnCountOffset(), columns))
+        refreshChecksum();
+}
+
+double TableBlock::product(unsigned int row, unsigned int column) const {
+    if (row >= maxRows_ || column >= maxColumns_)
+        return 0.0;
+    const std::size_t offset = shape_->valuesOffset() + (std::size_t{row} * shape_->columns + column) * shape_->width;
+    return withStoredType(shape_->stored, [&]<class StoreT>(StoreT) {
+        return static_cast<double>(bytes::load<StoreT>(image(), offset)) * scaleFactor_;
+    });
+}
+
+double TableBlock::userValue(unsigned int row, unsigned int column) const {
+    return toUser(*shape_, product(row, column));
+}
+
+void TableBlock::storeProduct(double value, unsigned int row, unsigned int column) {
+    if (row >= maxRows_ || column >= maxColumns_)
+        return;
+    const std::size_t offset = shape_->valuesOffset() + (std::size_t{row} * shape_->columns + column) * shape_->width;
+    const bool stored = withStoredType(shape_->stored, [&]<class StoreT>(StoreT) {
+        double number = value / scaleFactor_;
+        if constexpr (std::is_integral_v<StoreT>) {
+            using Limits = std::numeric_limits<StoreT>;
+            number = std::isnan(number) ? 0.0 : std::clamp<double>(std::round(number), Limits::lowest(), Limits::max());
+        }
+        return bytes::store(image(), offset, static_cast<StoreT>(number));
+    });
+    if (stored)
+        refreshChecksum();
+}
+
+int TableBlock::indexValue(unsigned int row) const {
+    return row < maxRows_ ? bytes::load<int>(image(), shape_->indexOffset() + std::size_t{4} * row) : 0;
+}
+
+void TableBlock::storeIndexValue(int value, unsigned int row) {
+    if (row < maxRows_ && bytes::store(image(), shape_->indexOffset() + std::size_t{4} * row, value))
+        refreshChecksum();
+}
+
+QString TableBlock::descriptor(unsigned int index) const {
+    if (index >= descriptorCount_)
+        return {};
+    const std::size_t offset = shape_->descriptorsOffset() + std::size_t{TableShape::descriptorLength} * index;
+    const std::string_view text = bytes::text(image(), offset, TableShape::descriptorLength);
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+void TableBlock::storeDescriptor(const QString& text, unsigned int index) {
+    if (index >= descriptorCount_)
+        return;
+    const QByteArray latin1 = text.toLatin1();
+    const std::size_t offset = shape_->descriptorsOffset() + std::size_t{TableShape::descriptorLength} * index;
+    if (bytes::storeText(image(), offset, TableShape::descriptorLength,
+                         {latin1.data(), static_cast<std::size_t>(latin1.size())}))
+        refreshChecksum();
+}
+
+int TableBlock::takeOver(const void* record) {
+    const unsigned int size = shape_->size();
+    const std::span source(static_cast<const char*>(record), size);
+    const auto header = bytes::load<HwSDatablockHeader>(source, 0);
+    auto* words = static_cast<unsigned short*>(const_cast<void*>(record));
+    if (shape_->checked && !verifyChecksum(words, static_cast<unsigned short>(size), true)) {
+        ErrorManager()->signal(DownloadDenied, QString::number(header.id));
+        return 1;
+    }
+    storeHeader(header.id, static_cast<unsigned short>(size), 0);
+    for (unsigned int i = 0; i < descriptorCount_; ++i) {
+        const std::size_t offset = shape_->descriptorsOffset() + std::size_t{TableShape::descriptorLength} * i;
+        bytes::storeText(image(), offset, TableShape::descriptorLength,
+                         bytes::text(source, offset, TableShape::descriptorLength));
+    }
+    const auto copy = [&](unsigned int offset, unsigned int length, unsigned int width) {
+        bytes::storeElements(image(), offset, source.data() + offset, length, width);
+    };
+    copy(shape_->rowCountOffset(), 2 * sizeof(unsigned int), sizeof(unsigned int));
+    copy(shape_->valuesOffset(), shape_->valuesSize(), shape_->width);
+    copy(shape_->indexOffset(), size - shape_->indexOffset(), sizeof(int));
+    setChecksum(header.checksum);
+    return 0;
+}
+
+// Text
+
+template <class StoreT, class Convert>
+void TableBlock::printValues(TextWriter& out, Convert convert) const {
+    const unsigned int rows = getNumberOfRows();
+    const unsigned int columns = getNumberOfColumns();
+    const unsigned int decimals = shape_->decimals;
+    // Of a row that has no values only the label is an entry.
+    unsigned int left = printedEntriesLimit;
+
+    // The values of a row, of which only those inside capacity and buffer are read.
+    const auto rowValues = [&](unsigned int row) {
+        if (row >= maxRows_)
+            return std::span<const char>{};
+        const std::size_t stride = std::size_t{shape_->columns} * sizeof(StoreT);
+        return bytes::part(image(), shape_->valuesOffset() + row * stride, std::size_t{maxColumns_} * sizeof(StoreT));
+    };
+    const auto printValue = [&](std::span<const char> values, unsigned int column) {
+        const auto stored = bytes::load<StoreT>(values, std::size_t{column} * sizeof(StoreT));
+        out.fixed(convert(static_cast<double>(stored) * scaleFactor_), decimals);
+    };
+
+    if (!shape_->indexed && columns < rows) {
+        for (unsigned int row = 0; columns > 0 && row < rows && left > 0; ++row) {
+            const std::span<const char> values = rowValues(row);
+            for (unsigned int column = 0; column < columns && left > 0; ++column, --left) {
+                out << row + 1 << ":  ";
+                printValue(values, column);
+                out.endLine();
+            }
+        }
+        return;
+    }
+    for (unsigned int row = 0; row < rows && left > 0; ++row) {
+        if (shape_->indexed)
+            out << indexValue(row) << ": ";
+        else
+            out << row + 1 << ": ";
+        const std::span<const char> values = rowValues(row);
+        for (unsigned int column = 0; column < columns && left > 0; ++column, --left) {
+            out << '\t';
+            printValue(values, column);
+        }
+        left -= columns == 0;
+        out.endLine();
+    }
+}
+
+template <class Convert>
+void TableBlock::printStored(TextWriter& out, Convert convert) const {
+    withStoredType(shape_->stored, [&]<class StoreT>(StoreT) { printValues<StoreT>(out, convert); });
+}
+
+void TableBlock::printCounts(TextWriter& out) const {
+    (out << "COUNT:  " << getNumberOfRows() << '*' << getNumberOfColumns()).endLine();
+}
+
+std::ostream& TableBlock::printToStream(std::ostream& os) {
+    TextWriter out(os);
+    (out << "ID:  " << keyName_).endLine();
+    if (descriptorCount_ > 0) {
+        out.line();
+        for (unsigned int i = 0; i < descriptorCount_; ++i) {
+            const std::size_t offset = shape_->descriptorsOffset() + std::size_t{TableShape::descriptorLength} * i;
+            (out << "DESCRIPTOR" << i + 1 << ": " << bytes::text(image(), offset, TableShape::descriptorLength))
+                .endLine();
+        }
+        out.line().line();
+    }
+    printCounts(out);
+    if (shape_->printsUserType && shape_->user != UserNumber::Double)
+        printStored(out, [this](double product) { return toUser(*shape_, product); });
+    else
+        printStored(out, [](double product) { return product; });
+    out.line();
+    return os;
+}
+
+FieldList tableFields(const TableShape& shape, const TableSpec& spec) {
+    FieldList fields;
+    if (shape.descriptors > 0) {
+        Field descriptors{.name = "descriptors", .role = Role::Text, .stored = Stored::Text};
+        descriptors.width = TableShape::descriptorLength;
+        descriptors.offset = shape.descriptorsOffset();
+        descriptors.rank = 1;
+        descriptors.dimensions[0] = {
+            .name = "row", .extent = shape.descriptors, .stride = TableShape::descriptorLength};
+        fields.push_back(descriptors);
+    }
+    const auto count = [&](const char* name, unsigned int offset) {
+        fields.push_back({.name = name, .role = Role::Count, .stored = Stored::U32, .width = 4, .offset = offset});
+    };
+    count("rows", shape.rowCountOffset());
+    count("columns", shape.columnCountOffset());
+    Field values{.name = "values", .role = spec.role, .stored = shape.stored, .width = shape.width};
+    values.offset = shape.valuesOffset();
+    values.unit = spec.unit;
+    values.scale = spec.scale;
+    values.rank = 2;
+    values.dimensions[0] = {"row", shape.rows, shape.columns * shape.width, "rows", spec.rowAxis};
+    values.dimensions[1] = {"column", shape.columns, shape.width, "columns", spec.columnAxis};
+    fields.push_back(values);
+    if (shape.indexed) {
+        Field index{
+            .name = "index", .role = Role::Axis, .stored = Stored::I32, .width = 4, .offset = shape.indexOffset()};
+        index.rank = 1;
+        index.dimensions[0] = {"row", shape.rows, 4, "rows", 0};
+        fields.push_back(index);
+    }
+    return fields;
+}
+
+} // namespace Travik
