@@ -1,0 +1,117 @@
+#include "Tool.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <iostream>
+
+namespace Tool {
+
+namespace {
+
+// No module's memory comes near; a node that never ends does.
+constexpr std::size_t largestImage = std::size_t{256} << 20U;
+
+std::optional<Image> fail(const std::string& name, const char* what) {
+    std::cerr << "datablock: " << name << ": " << what << '\n';
+    return std::nullopt;
+}
+
+class FileDescriptor {
+public:
+    explicit FileDescriptor(const std::string& path)
+        : descriptor_(path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    ~FileDescriptor() {
+        if (descriptor_ > STDIN_FILENO)
+            ::close(descriptor_);
+    }
+    operator int() const { return descriptor_; } // NOLINT(google-explicit-constructor): it stands for the number
+
+private:
+    int descriptor_;
+};
+
+} // namespace
+
+std::optional<Image> readImage(const std::string& path) {
+    Image image{path == "-" ? "standard input" : path, {}};
+    const FileDescriptor file(path);
+    if (file < 0)
+        return fail(image.name, std::strerror(errno));
+    std::array<char, 65536> chunk;
+    for (;;) {
+        const ssize_t count = ::read(file, chunk.data(), chunk.size());
+        if (count == 0)
+            return image;
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return fail(image.name, std::strerror(errno));
+        image.bytes.insert(image.bytes.end(), chunk.data(), chunk.data() + count);
+        if (image.bytes.size() > largestImage)
+            return fail(image.name, "larger than 256 MiB, not a module image");
+    }
+}
+
+void reportProblem(const Image& image, std::size_t offset, unsigned short id, std::string_view text) {
+    std::array<char, 16> hex;
+    const char* const end = std::to_chars(hex.data(), hex.data() + hex.size(), offset, 16).ptr;
+    std::cerr << image.name << ": offset " << offset << " (0x" << std::string_view(hex.data(), end) << "), block " << id
+              << ": " << text << '\n';
+}
+
+int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& problems) {
+    for (const Travik::ImageProblem& problem : problems)
+        reportProblem(image, problem.offset, problem.id, problem.text);
+    return problems.empty() ? AllWell : DataWrong;
+}
+
+std::string keyOf(const Travik::ImageBlock& block) {
+    return block.entry ? block.entry->key(*block.entry, block.id) : std::string();
+}
+
+bool isSelected(const Travik::ImageBlock& block, const std::string& selector) {
+    return selector == std::to_string(block.id) || selector == keyOf(block);
+}
+
+void addEncodingOption(CLI::App& command, Encoding& encoding) {
+    static const std::map<std::string, Encoding> names{
+        {"auto", Encoding::Automatic}, {"latin1", Encoding::Latin1}, {"utf8", Encoding::Utf8}};
+    command
+        .add_option("--encoding", encoding,
+                    "How umlauts are written: latin1, as they are stored; utf8; auto: utf8 on a terminal only")
+        ->transform(CLI::CheckedTransformer(names, CLI::ignore_case).description(""))
+        ->type_name("auto|latin1|utf8");
+}
+
+std::string toUtf8(std::string_view latin1) {
+    std::string utf8;
+    utf8.reserve(latin1.size());
+    for (const char character : latin1) {
+        const auto code = static_cast<unsigned char>(character);
+        if (code < 0x80) {
+            utf8 += character;
+        } else {
+            utf8 += static_cast<char>(0xC0U | (code >> 6U));
+            utf8 += static_cast<char>(0x80U | (code & 0x3FU));
+        }
+    }
+    return utf8;
+}
+
+bool writeText(std::string_view latin1, Encoding encoding) {
+    const bool utf8 = encoding == Encoding::Utf8 || (encoding == Encoding::Automatic && ::isatty(STDOUT_FILENO) == 1);
+    if (utf8)
+        std::cout << toUtf8(latin1);
+    else
+        std::cout << latin1;
+    return std::cout.good();
+}
+
+} // namespace Tool

@@ -1,0 +1,43 @@
+#include "Tool.h"
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+int runTool(int argc, char** argv) {
+    CLI::App app("Dump, list and check the data blocks of module images.", "datablock");
+    app.set_version_flag("--version", "datablock " TRAVIK_VERSION);
+    app.require_subcommand(1);
+    app.footer("Exit status: 0 all well, 1 something is wrong in the data (a line each on standard error),\n"
+               "2 the call or a file could not be used.");
+
+    std::vector<std::unique_ptr<Tool::Command>> commands;
+    for (const auto& declare : {Tool::dumpCommand, Tool::listCommand, Tool::verifyCommand})
+        commands.push_back(declare(app));
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? Tool::AllWell : Tool::CallFailed;
+    }
+    const auto subcommands = app.get_subcommands({});
+    for (std::size_t i = 0; i < commands.size(); ++i) {
+        if (subcommands[i]->parsed())
+            return commands[i]->run();
+    }
+    return Tool::CallFailed;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::ios_base::sync_with_stdio(false);
+    try {
+        const int status = runTool(argc, argv);
+        std::cout.flush();
+        return std::cout ? status : Tool::CallFailed;
+    } catch (const std::exception& error) {
+        std::cerr << "datablock: " << error.what() << '\n';
+        return Tool::CallFailed;
+    }
+}
