@@ -1,0 +1,69 @@
+#include "Samples.h"
+
+#include <fstream>
+#include <iostream>
+#include <string>
+
+namespace Samples {
+
+Image::Image(const char* name, unsigned int partNumber, unsigned char variant, unsigned int serialNumber) {
+    Travik::HwDatablockIdent ident;
+    ident.setEepromSize(131072);
+    ident.setPartNumber(partNumber);
+    ident.setVariant(variant);
+    ident.setHardwareCode(3);
+    ident.setProductIndex(204);
+    ident.setSerialNumber(serialNumber);
+    ident.setProductDate(((2018 - 1980) << 9) | (11 << 5) | 15);
+    ident.setReadCode(1);
+    ident.setTestInstruction(1203);
+    ident.setName(QString::fromLatin1(name));
+    add(ident);
+}
+
+Image& Image::add(Travik::HwDatablock& block) {
+    block.setChecksum(block.computeChecksum());
+    Travik::HwDatablock* const blocks[] = {&block};
+    const std::vector<char> image = Travik::composeImage(blocks);
+    bytes_.insert(bytes_.end(), image.begin(), image.end());
+    return *this;
+}
+
+std::vector<char> Image::finish() {
+    Travik::HwDatablockEnd end;
+    add(end);
+    return std::move(bytes_);
+}
+
+namespace {
+
+struct Sample {
+    const char* file;
+    std::vector<char> (*build)();
+};
+
+constexpr Sample samples[] = {
+    {"synthesizer-loop.bin", synthesizerLoop},
+    {"detector-board.bin", detectorBoard},
+};
+
+} // namespace
+
+} // namespace Samples
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: travik-samples FOLDER\n";
+        return 2;
+    }
+    for (const auto& [file, build] : Samples::samples) {
+        const std::vector<char> bytes = build();
+        std::ofstream out(std::string(argv[1]) + "/" + file, std::ios::binary);
+        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        if (!out.flush()) {
+            std::cerr << "travik-samples: " << argv[1] << '/' << file << ": cannot be written\n";
+            return 2;
+        }
+    }
+    return 0;
+}
