@@ -1,3 +1,4 @@
+#include <travik/datablock/DigitKernels.h>
 #include <travik/datablock/TextWriter.h>
 
 #include <array>
@@ -12,10 +13,13 @@ namespace Travik {
 
 namespace {
 
+using detail::appendDecimal;
+using detail::appendDigits;
+using detail::decimalRoom;
+using detail::eightDigits;
+using detail::hundredMillion;
+
 constexpr std::size_t initialCapacity = 1024;
-constexpr std::size_t decimalRoom = 24; // sign and 20 digits
-// The longest "%.<decimals>f" of a double: sign, 309 digits, point.
-constexpr std::size_t longestFixed = 312;
 
 constexpr std::array<double, 11> powersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
 constexpr std::array<std::uint64_t, 11> integerPowersOfTen = [] {
@@ -25,12 +29,13 @@ constexpr std::array<std::uint64_t, 11> integerPowersOfTen = [] {
     return powers;
 }();
 
-char* appendDecimal(char* out, std::uint64_t value) { return std::to_chars(out, out + decimalRoom, value).ptr; }
-
 char* appendFraction(char* out, std::uint64_t value, unsigned int digits) {
-    for (unsigned int i = digits; i-- > 0; value /= 10)
-        out[i] = static_cast<char>('0' + value % 10);
-    return out + digits;
+    if (digits > 8) {
+        out = appendFraction(out, value / hundredMillion, digits - 8);
+        digits = 8;
+        value %= hundredMillion;
+    }
+    return appendDigits(out, eightDigits(value), digits);
 }
 
 // The general case costs several times as much as it does where the rounded digits can be told by plain arithmetic: the
@@ -66,32 +71,35 @@ char* appendQuickly(char* out, double magnitude, unsigned int decimals) {
 
 } // namespace
 
+char* detail::appendFixed(char* out, double value, unsigned int decimals) {
+    char* const begin = out;
+    if (std::signbit(value) && !std::isnan(value))
+        *out++ = '-';
+    char* const end = appendQuickly(out, std::abs(value), decimals);
+    if (end)
+        return end;
+    return std::to_chars(begin, begin + fixedRoom + decimals, value, std::chars_format::fixed,
+                         static_cast<int>(decimals))
+        .ptr;
+}
+
 TextWriter::TextWriter(std::ostream& os)
     : os_(os), buffer_(std::make_unique_for_overwrite<char[]>(initialCapacity)), capacity_(initialCapacity) {}
 
 TextWriter::~TextWriter() { write(); }
 
-char* TextWriter::room(std::size_t length) {
-    if (capacity_ - used_ < length) {
-        const std::size_t grown = std::max(2 * capacity_, used_ + length);
-        auto larger = std::make_unique_for_overwrite<char[]>(grown);
-        std::memcpy(larger.get(), buffer_.get(), used_);
-        buffer_ = std::move(larger);
-        capacity_ = grown;
-    }
-    return buffer_.get() + used_;
+void TextWriter::grow(std::size_t length) {
+    const std::size_t grown = std::max(2 * capacity_, used_ + length);
+    auto larger = std::make_unique_for_overwrite<char[]>(grown);
+    std::memcpy(larger.get(), buffer_.get(), used_);
+    buffer_ = std::move(larger);
+    capacity_ = grown;
 }
 
 TextWriter& TextWriter::operator<<(std::string_view text) {
     if (!text.empty())
         std::memcpy(room(text.size()), text.data(), text.size());
     used_ += text.size();
-    return *this;
-}
-
-TextWriter& TextWriter::operator<<(char character) {
-    *room(1) = character;
-    ++used_;
     return *this;
 }
 
@@ -123,15 +131,7 @@ TextWriter& TextWriter::rightAligned(unsigned int value, unsigned int width) {
 }
 
 TextWriter& TextWriter::fixed(double value, unsigned int decimals) {
-    const std::size_t longest = longestFixed + decimals;
-    char* const begin = room(longest);
-    char* out = begin;
-    if (std::signbit(value) && !std::isnan(value))
-        *out++ = '-';
-    char* end = appendQuickly(out, std::abs(value), decimals);
-    if (!end)
-        end = std::to_chars(begin, begin + longest, value, std::chars_format::fixed, static_cast<int>(decimals)).ptr;
-    used_ += static_cast<std::size_t>(end - begin);
+    commit(detail::appendFixed(room(detail::fixedRoom + decimals), value, decimals));
     return *this;
 }
 

@@ -22,7 +22,11 @@ public:
     ~TextWriter();
 
     TextWriter& operator<<(std::string_view text);
-    TextWriter& operator<<(char character);
+    TextWriter& operator<<(char character) {
+        *room(1) = character;
+        ++used_;
+        return *this;
+    }
     /// Any integer but a character, in decimal.
     template <std::integral T>
     requires(!std::same_as<T, char> && !std::same_as<T, bool>) TextWriter& operator<<(T value) {
@@ -48,6 +52,10 @@ public:
     /// A whole line.
     TextWriter& line(std::string_view text = {}) { return (*this << text).endLine(); }
 
+    /// For numbers in bulk: at least `length` bytes to write to, and up to where that was done.
+    char* reserve(std::size_t length) { return room(length); }
+    void commit(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
+
     /// The stream, for the state that a block leaves on it. What was composed so far is written first.
     std::ostream& stream();
 
@@ -57,7 +65,12 @@ private:
     std::size_t capacity_;
     std::size_t used_ = 0;
 
-    char* room(std::size_t length);
+    char* room(std::size_t length) {
+        if (capacity_ - used_ < length)
+            grow(length);
+        return buffer_.get() + used_;
+    }
+    void grow(std::size_t length);
     TextWriter& decimal(bool negative, unsigned long long magnitude);
     void padded(unsigned int value, unsigned int width, char fill);
     void write();

@@ -1,4 +1,5 @@
 #include <travik/datablock/Bytes.h>
+#include <travik/datablock/DigitKernels.h>
 #include <travik/datablock/ErrorDefinitions.h>
 #include <travik/datablock/TextWriter.h>
 #include <travik/platform/ErrorManager.h>
@@ -159,11 +160,11 @@ int TableBlock::takeOver(const void* record) {
 
 // Text
 
-template <class StoreT, class Convert>
-void TableBlock::printValues(TextWriter& out, Convert convert) const {
+template <class StoreT, class Append>
+void TableBlock::printValues(TextWriter& out, Append append) const {
+    constexpr std::size_t valueRoom = 1 + detail::fixedRoom;
     const unsigned int rows = getNumberOfRows();
     const unsigned int columns = getNumberOfColumns();
-    const unsigned int decimals = shape_->decimals;
     // Of a row that has no values only the label is an entry.
     unsigned int left = printedEntriesLimit;
 
@@ -174,9 +175,8 @@ void TableBlock::printValues(TextWriter& out, Convert convert) const {
         const std::size_t stride = std::size_t{shape_->columns} * sizeof(StoreT);
         return bytes::part(image(), shape_->valuesOffset() + row * stride, std::size_t{maxColumns_} * sizeof(StoreT));
     };
-    const auto printValue = [&](std::span<const char> values, unsigned int column) {
-        const auto stored = bytes::load<StoreT>(values, std::size_t{column} * sizeof(StoreT));
-        out.fixed(convert(static_cast<double>(stored) * scaleFactor_), decimals);
+    const auto stored = [](std::span<const char> values, unsigned int column) {
+        return bytes::load<StoreT>(values, std::size_t{column} * sizeof(StoreT));
     };
 
     if (!shape_->indexed && columns < rows) {
@@ -184,7 +184,7 @@ void TableBlock::printValues(TextWriter& out, Convert convert) const {
             const std::span<const char> values = rowValues(row);
             for (unsigned int column = 0; column < columns && left > 0; ++column, --left) {
                 out << row + 1 << ":  ";
-                printValue(values, column);
+                out.commit(append(out.reserve(valueRoom), stored(values, column)));
                 out.endLine();
             }
         }
@@ -196,18 +196,19 @@ void TableBlock::printValues(TextWriter& out, Convert convert) const {
         else
             out << row + 1 << ": ";
         const std::span<const char> values = rowValues(row);
-        for (unsigned int column = 0; column < columns && left > 0; ++column, --left) {
-            out << '\t';
-            printValue(values, column);
+        const unsigned int printed = std::min(columns, left);
+        for (unsigned int column = 0; column < printed;) {
+            const unsigned int end = std::min(printed, column + 16);
+            char* text = out.reserve((end - column) * valueRoom);
+            for (; column < end; ++column) {
+                *text++ = '\t';
+                text = append(text, stored(values, column));
+            }
+            out.commit(text);
         }
-        left -= columns == 0;
+        left -= std::max(printed, 1U);
         out.endLine();
     }
-}
-
-template <class Convert>
-void TableBlock::printStored(TextWriter& out, Convert convert) const {
-    withStoredType(shape_->stored, [&]<class StoreT>(StoreT) { printValues<StoreT>(out, convert); });
 }
 
 void TableBlock::printCounts(TextWriter& out) const {
@@ -227,10 +228,24 @@ std::ostream& TableBlock::printToStream(std::ostream& os) {
         out.line().line();
     }
     printCounts(out);
-    if (shape_->printsUserType && shape_->user != UserNumber::Double)
-        printStored(out, [this](double product) { return toUser(*shape_, product); });
-    else
-        printStored(out, [](double product) { return product; });
+    withStoredType(shape_->stored, [&]<class StoreT>(StoreT) {
+        const unsigned int decimals = shape_->decimals;
+        const auto product = [this](StoreT stored) { return static_cast<double>(stored) * scaleFactor_; };
+        if (!shape_->printsUserType || shape_->user == UserNumber::Double) {
+            printValues<StoreT>(
+                out, [&](char* text, StoreT stored) { return detail::appendFixed(text, product(stored), decimals); });
+        } else if (std::is_integral_v<StoreT> && shape_->user == UserNumber::Integral && scaleFactor_ == 1.0) {
+            const auto lowest = static_cast<long long>(shape_->lowest);
+            const auto highest = static_cast<long long>(shape_->highest);
+            printValues<StoreT>(out, [&](char* text, StoreT stored) {
+                return detail::appendWhole(text, std::clamp(static_cast<long long>(stored), lowest, highest), decimals);
+            });
+        } else {
+            printValues<StoreT>(out, [&](char* text, StoreT stored) {
+                return detail::appendFixed(text, toUser(*shape_, product(stored)), decimals);
+            });
+        }
+    });
     out.line();
     return os;
 }

@@ -107,9 +107,6 @@ protected:
     /// identifier as text and the block is unchanged.
     int takeOver(const void* record);
 
-    /// The text, its values with as many decimals, converted to the user type or not.
-    void print(TextWriter& out) const;
-
 private:
     unsigned int idOffset_;
     unsigned int idBase_;
@@ -121,10 +118,8 @@ private:
     const TableShape* shape_;
 
     void printCounts(TextWriter& out) const;
-    template <class StoreT, class Convert>
-    void printValues(TextWriter& out, Convert convert) const;
-    template <class Convert>
-    void printStored(TextWriter& out, Convert convert) const;
+    template <class StoreT, class Append>
+    void printValues(TextWriter& out, Append append) const;
 };
 
 /// The fields of a table block.
