@@ -39,7 +39,7 @@ std::size_t HwDatablock::summedBytes() {
     const int words = static_cast<short>(getBlockSize()) / 2;
     if (words <= 0)
         return 0;
-    return std::min<std::size_t>(static_cast<unsigned int>(words) * 2U, data_.size());
+    return std::min<std::size_t>(std::size_t{2} * static_cast<unsigned int>(words), data_.size());
 }
 
 unsigned short HwDatablock::computeChecksum() {
@@ -200,8 +200,8 @@ void HwDatablock::replaceDataInList(HwDatablock* other) {
         data_ = other->getByteArrayData();
 }
 
-bool HwDatablock::setData(QMemArray<char> array) {
-    data_ = array;
+bool HwDatablock::setData(QMemArray<char> data) { // NOLINT(performance-unnecessary-value-param): shares, does not copy
+    data_ = data;
     return verifyChecksum();
 }
 

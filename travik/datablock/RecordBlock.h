@@ -14,7 +14,7 @@ namespace detail {
 /// Bytes from the start of the record: what a pointer to a data member is made of on every compiler this is built with.
 template <auto Member>
 std::size_t memberOffset() noexcept {
-    std::ptrdiff_t offset;
+    std::ptrdiff_t offset = 0;
     constexpr auto member = Member;
     static_assert(sizeof member == sizeof offset);
     std::memcpy(&offset, &member, sizeof offset);

@@ -144,7 +144,7 @@ consteval FieldSet<1> text(const char* name) {
 
 /// The fields one after the other, the offsets relative to the first.
 template <std::size_t... N>
-consteval auto sequence(const FieldSet<N>&... sets) {
+constexpr auto sequence(const FieldSet<N>&... sets) {
     FieldSet<(N + ... + 0)> all;
     std::size_t next = 0;
     unsigned int previous = 0;

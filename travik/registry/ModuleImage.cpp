@@ -84,7 +84,9 @@ std::optional<std::size_t> ModuleImage::soundBlockBehind(const ImageBlock& block
     if (recordSize == block.sizeWord || next >= bytes_.size())
         return std::nullopt;
     const ImageBlock candidate = blockAt(next);
-    return candidate.entry && candidate.faults.empty() ? std::optional(next) : std::nullopt;
+    // From 32768 bytes on every checksum passes, which says nothing of an identifier that nobody knows.
+    const bool known = candidate.entry || candidate.sizeWord < 0x8000;
+    return known && candidate.faults.empty() ? std::optional(next) : std::nullopt;
 }
 
 std::string_view faultName(ImageFault fault) {
