@@ -1,0 +1,112 @@
+#include "Support.h"
+
+using namespace Travik;
+using namespace Support;
+
+namespace {
+
+const std::string endBlock("\xFF\xFF\0\0", 4);
+
+/// "offset id text" a problem.
+std::vector<std::string> problemsOf(const std::string& bytes) {
+    // On the heap and of exactly this length, so that a read beyond is seen.
+    const std::vector<char> exact(bytes.begin(), bytes.end());
+    std::vector<std::string> texts;
+    for (const ImageProblem& problem : checkImage(exact))
+        texts.push_back(std::to_string(problem.offset) + " " + std::to_string(problem.id) + " " + problem.text);
+    return texts;
+}
+
+std::string ident(unsigned int sizeWord = 44) {
+    HwDatablockIdent block;
+    block.setSerialNumber(5);
+    std::string bytes = bytesOf(block);
+    return bytes.replace(2, 2, image({sizeWord}));
+}
+
+TEST(ModuleImage, Problems) {
+    const std::string good = ident();
+    const std::string small = sealed(image({4711, 8, 0, 0}));
+    const std::string lost = ", what follows cannot be found";
+    struct Case {
+        std::string bytes;
+        std::vector<std::string> problems;
+    };
+    const Case cases[] = {
+        {"", {}},
+        {good + small + endBlock, {}},
+        {good + small, {}},
+        {good + endBlock + "anything behind it", {}},
+        {good + "\x02", {"44 0 truncated header" + lost}},
+        {good + image({2, 44, 0}), {"44 2 truncated header" + lost}},
+        {good + "\xFF\xFF\x01", {"44 65535 truncated header"}},
+        {image({4711, 0, 0, 0}) + small, {"0 4711 size word 0" + lost}},
+        {image({4711, 6, 0, 0}) + small, {"0 4711 size word below the header (6)" + lost}},
+        {image({4711, 9, 0, 0}) + "x" + small, {"0 4711 odd size word (9)", "0 4711 wrong checksum"}},
+        {image({4711, 100, 0, 0}), {"0 4711 size word past the end of the data (100)" + lost}},
+        {image({4711, 8, 0, 0}) + small, {"0 4711 wrong checksum"}},
+        {std::string(64, '\xFF'), {}}, // an erased memory begins with an end block
+        // The class's record size leads on where the size word cannot be true.
+        {ident(0) + small + endBlock, {"0 2 size word 0"}},
+        {ident(7) + good + endBlock, {"0 2 size word below the header (7)"}},
+        {ident(60000) + good + small, {"0 2 size word past the end of the data (60000)"}},
+        {ident(60000) + image({4711, 8, 1, 0}), {"0 2 size word past the end of the data (60000)" + lost}},
+    };
+    for (const Case& test : cases)
+        EXPECT_EQ(problemsOf(test.bytes), test.problems) << testing::PrintToString(test.bytes);
+}
+
+TEST(ModuleImage, BlocksAndClasses) {
+    const std::string bytes =
+        ident() + sealed(image({15501, 8, 0, 0})) + sealed(image({4711, 10, 0, 0, 99})) + endBlock + "rest";
+    const ModuleImage module(bytes);
+    ASSERT_EQ(module.blocks().size(), 4U);
+    EXPECT_EQ(module.end(), 44U + 8 + 10 + 4);
+    const ImageBlock& unknown = module.blocks()[2];
+    EXPECT_EQ(unknown.entry, nullptr);
+    EXPECT_EQ(unknown.offset, 52U);
+    EXPECT_TRUE(unknown.checksumHolds);
+    EXPECT_FALSE(unknown.crcHolds);
+    const auto made = makeBlock(module.blocks()[1]);
+    EXPECT_NE(dynamic_cast<HwWenDatablockAnalogOutputCalibration*>(made.get()), nullptr) << "not registered, but known";
+    EXPECT_EQ(made->getEepromAddress(), 44U);
+    EXPECT_NE(makeBlock(unknown), nullptr);
+    EXPECT_EQ(makeBlock(4711), nullptr);
+
+    std::vector<std::unique_ptr<HwDatablock>> owned;
+    std::vector<HwDatablock*> blocks;
+    for (const ImageBlock& block : module.blocks()) {
+        owned.push_back(makeBlock(block));
+        blocks.push_back(owned.back().get());
+    }
+    const std::vector<char> composed = composeImage(blocks);
+    EXPECT_EQ(std::string(composed.begin(), composed.end()), bytes.substr(0, module.end()));
+}
+
+// Every pair of flipped bits in a small image: whatever comes of it is walked and printed within the image.
+TEST(ModuleImage, FlippedBits) {
+    const std::string bytes =
+        sealed(image({15501, 8, 0, 0})) + sealed(image({12311, 20, 0, 0, 1, 0, 1, 0, 7, 0})) + endBlock;
+    HwDatablockOldStyleInterpreter interpreter;
+    const std::size_t bits = bytes.size() * 8;
+    for (std::size_t first = 0; first < bits; ++first) {
+        for (std::size_t second = first; second < bits; second += 3) {
+            std::vector<char> flipped(bytes.begin(), bytes.end());
+            for (const std::size_t bit : {first, second})
+                flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << (bit % 8)));
+            const ModuleImage module(flipped);
+            std::size_t next = 0;
+            for (const ImageBlock& block : module.blocks()) {
+                ASSERT_EQ(block.offset, next);
+                next = block.offset + block.bytes.size();
+                ASSERT_LE(next, flipped.size());
+                if (second % 24 == 0) {
+                    std::ostringstream os;
+                    interpreter.printHwDatablockOldStyleInfo(makeBlock(block).get(), os);
+                }
+            }
+        }
+    }
+}
+
+} // namespace
