@@ -1,1 +1,33 @@
 # Headers, libraries, CMake package, pkg-config file and tool.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS travik-platform travik-datablock EXPORT TravikDatablockTargets)
+install(TARGETS datablock)
+
+# *Kernels.h are for the tests and benchmarks of the tree only.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/TravikDatablock)
+install(EXPORT TravikDatablockTargets NAMESPACE Travik:: DESTINATION ${package_dir})
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/TravikDatablockConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/TravikDatablockConfig.cmake INSTALL_DESTINATION ${package_dir}
+  NO_SET_AND_CHECK_MACRO)
+# Until 1.0 a minor version may change the interface.
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  set(compatibility SameMinorVersion)
+else()
+  set(compatibility SameMajorVersion)
+endif()
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/TravikDatablockConfigVersion.cmake COMPATIBILITY ${compatibility})
+install(FILES ${PROJECT_BINARY_DIR}/TravikDatablockConfig.cmake ${PROJECT_BINARY_DIR}/TravikDatablockConfigVersion.cmake
+  DESTINATION ${package_dir})
+
+# Paths from the .pc file's own place, so that the tree can be moved.
+file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_to_prefix ${pc_to_prefix})
+file(RELATIVE_PATH prefix_to_lib ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+file(RELATIVE_PATH prefix_to_include ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/travik-datablock.pc.in ${PROJECT_BINARY_DIR}/travik-datablock.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/travik-datablock.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
