@@ -30,9 +30,7 @@ bool HwDatablockOldStyleInterpreter::printHwDatablockOldStyleInfo(HwDatablock* b
     if (found == dictionary_.end())
         return false;
     HwDatablock* const prototype = found->second;
-    // Let go of the block printed before, whose buffer must keep its size.
-    prototype->setData(QMemArray<char>());
-    prototype->resizeData(block->getBlockSize());
+    // Takes the block's buffer as it is. Resizing the one it shares with the block printed before would change that block.
     prototype->setData(block);
     prototype->printToStream(os);
     return true;
