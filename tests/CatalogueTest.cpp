@@ -238,6 +238,15 @@ TEST(Interpreter, ForeignOrderEnds) {
         target.setHwDatablockFirmwareConform(made.get());
         EXPECT_EQ(made->getDataFormatTyp(), HwDataFormatFirmware) << named(block);
         EXPECT_EQ(target.getData(), made->getData());
+        // Damaged ones too, which end before their record does.
+        for (const std::size_t size :
+             {std::size_t{2}, std::size_t{6}, std::size_t{9}, bytes.size() / 2 + 1, bytes.size() - 1}) {
+            setBytes(*made, bytes.substr(0, size));
+            made->setDataFormatTyp(HwDataFormatForeign);
+            made->verifyChecksum();
+            EXPECT_TRUE(interpreter.swapHwDatablock(HwDataFormatFirmware, block.id, made.get())) << named(block);
+            EXPECT_EQ(made->getByteArrayData().size(), size);
+        }
     }
     EXPECT_GT(convertible, 0);
 }

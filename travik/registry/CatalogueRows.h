@@ -4,6 +4,8 @@
 #include <travik/registry/Catalogue.h>
 #include <travik/registry/text/TableTemplates.h>
 
+#include <algorithm>
+
 /// How the rows of the catalogue are written: everything that a class already says of itself is taken from the class.
 namespace Travik::detail {
 
@@ -42,6 +44,15 @@ FieldList fieldsOf(const CatalogueEntry& /*entry*/, [[maybe_unused]] int id) {
     }
 }
 
+/// Sends every field of a record through the block's conversion routine.
+template <class Block, class Record>
+void restoreFrom(Block& block, Record* record) {
+    if constexpr (requires { block.swapBlock(record); })
+        block.swapBlock(record);
+    else
+        block.setBlock(record);
+}
+
 /// A row that still knows its class.
 template <class Block>
 struct Row : CatalogueEntry {
@@ -51,10 +62,14 @@ struct Row : CatalogueEntry {
         Row row = *this;
         row.restore = [](HwDatablock& block) {
             auto& typed = static_cast<Block&>(block);
-            if constexpr (requires { typed.swapBlock(typed.getBlock()); })
-                typed.swapBlock(typed.getBlock());
-            else
-                typed.setBlock(typed.getBlock());
+            const QMemArray<char> image = typed.getByteArrayData();
+            if (image.size() >= sizeof(typename Block::Record)) {
+                restoreFrom(typed, typed.getBlock());
+            } else { // a damaged block ends before its record does: what is missing reads as zero
+                const auto record = std::make_unique<typename Block::Record>();
+                std::copy_n(image.data(), image.size(), reinterpret_cast<char*>(record.get()));
+                restoreFrom(typed, record.get());
+            }
         };
         return row;
     }
