@@ -8,10 +8,16 @@
 #include <travik/datablock/HwDatablock.h>
 #include <travik/datablock/Ident.h>
 #include <travik/datablock/ModuleTypes.h>
+#include <travik/modules/StepAttenuatorTemperature.h>
 #include <travik/platform/Debug.h>
 #include <travik/platform/ErrorManager.h>
 #include <travik/registry/Catalogue.h>
 #include <travik/registry/Interpreter.h>
 #include <travik/registry/ModuleImage.h>
+#include <travik/registry/rfboard/DunTables.h>
+#include <travik/registry/rfboard/KelTables.h>
+#include <travik/registry/rfboard/ToviTables.h>
 #include <travik/registry/text/TableTemplates.h>
+#include <travik/registry/text/TextExchange.h>
 #include <travik/registry/text/TextLayout.h>
+#include <travik/tables/MainBoardUserTables.h>

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,9 +40,16 @@ public:
 std::unique_ptr<Command> dumpCommand(CLI::App& app);
 std::unique_ptr<Command> listCommand(CLI::App& app);
 std::unique_ptr<Command> verifyCommand(CLI::App& app);
+std::unique_ptr<Command> exportCommand(CLI::App& app);
+std::unique_ptr<Command> importCommand(CLI::App& app);
 
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.
 std::optional<Image> readImage(const std::string& path);
+
+/// Writes a file so that a failure loses nothing: beside the old one, to the disk, then in its place. An existing file
+/// keeps its permissions, and a link to it its target; what is there and no plain file is refused. "-" is standard
+/// output. False, and a line on standard error, where it cannot be written.
+bool writeFileAtomically(const std::string& path, std::span<const char> bytes);
 
 /// Calls the function with each image in turn; the result is the worst of the statuses. An image that cannot be read
 /// does not keep the others from being used.

@@ -1,6 +1,7 @@
 #include <travik/datablock/DigitKernels.h>
 #include <travik/datablock/TextWriter.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -130,8 +131,15 @@ TextWriter& TextWriter::rightAligned(unsigned int value, unsigned int width) {
     return *this;
 }
 
-TextWriter& TextWriter::fixed(double value, unsigned int decimals) {
-    commit(detail::appendFixed(room(detail::fixedRoom + decimals), value, decimals));
+TextWriter& TextWriter::fixed(double value, unsigned int decimals, unsigned int width) {
+    char* const begin = room(std::max<std::size_t>(detail::fixedRoom + decimals, width));
+    char* end = detail::appendFixed(begin, value, decimals);
+    if (const auto length = static_cast<std::size_t>(end - begin); length < width) {
+        std::memmove(begin + width - length, begin, length);
+        std::memset(begin, ' ', width - length);
+        end = begin + width;
+    }
+    commit(end);
     return *this;
 }
 

@@ -41,8 +41,8 @@ public:
     TextWriter& zeroFilled(unsigned int value, unsigned int digits);
     /// At least `width` characters, right-aligned with blanks.
     TextWriter& rightAligned(unsigned int value, unsigned int width);
-    /// As printf's "%.<decimals>f".
-    TextWriter& fixed(double value, unsigned int decimals);
+    /// As printf's "%<width>.<decimals>f".
+    TextWriter& fixed(double value, unsigned int decimals, unsigned int width = 0);
     /// In the stream's current floating format, whatever its width.
     TextWriter& current(double value);
     TextWriter& current(long double value);

@@ -1,7 +1,12 @@
 #include <travik/datablock/AnalogOutputCalibration.h>
 #include <travik/datablock/End.h>
 #include <travik/datablock/Ident.h>
+#include <travik/modules/StepAttenuatorTemperature.h>
 #include <travik/registry/CatalogueRows.h>
+#include <travik/registry/rfboard/DunTables.h>
+#include <travik/registry/rfboard/KelTables.h>
+#include <travik/registry/rfboard/ToviTables.h>
+#include <travik/tables/MainBoardUserTables.h>
 
 #include <algorithm>
 
@@ -16,6 +21,11 @@ constexpr CatalogueEntry table(const TableSpec& spec) {
     return bareTable<HwDatablockTemplate, StoreT, N, M>(spec);
 }
 
+std::unique_ptr<HwDatablock> levconTempData(const CatalogueEntry& entry, int id) {
+    return std::make_unique<HwDatablockToviVectorLevconTempData>(HwDatablockToviVectorLevconTempData::keyOf(id),
+                                                                 id - entry.first);
+}
+
 constexpr auto axis = Role::Axis;
 constexpr auto value = Role::Value;
 
@@ -23,6 +33,9 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockIdent>(2).convertible(),
     row<HwDatablockIdent>(10),
     bareTable<HwDatablockTemplateWithoutChecksum, unsigned char, 1, 2048>({11304, "POK_MWIF_SATT_COUNTER", 1.0}),
+    flagged<HwDatablockSAttCTempFreq>(11305),
+    flagged<HwDatablockSAttCTempGradient>(11306),
+    flagged<HwDatablockSAttCTempOffset>(11307),
     table<int, 200, 1>({12300, "LOOPGAIN_FREQ", 0.01, "", axis}),
     table<int, 1, 200>({12301, "LOOPGAIN_PK", 1000.0, "", value, 0, -1}),
     table<int, 1, 200>({12302, "LOOPGAIN_P_VALUE_BASE_PK", 1000.0, "", value, 0, -2}),
@@ -38,6 +51,12 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     table<int, 100, 1>({12313, "LIMITER_MAX_VOLTAGE", 0.00001}),
     table<int, 100, 1>({12314, "LIMITER_MAX_VOLTAGE", 100000.0}),
     table<int, 100, 1>({12315, "LIMITER_MAX_VOLTAGE_PUM_ON", 0.00001}),
+    row<HwDatablockMbrdIqInputA>(14801),
+    row<HwDatablockMbrdIqInputB>(14802),
+    row<HwDatablockMbrdExtCalUserFreqA>(14803),
+    row<HwDatablockMbrdExtCalUserFreqB>(14804),
+    row<HwDatablockMbrdExtCalUserDataA>(14805),
+    row<HwDatablockMbrdExtCalUserDataB>(14806),
     table<int, 10, 1>({15022, "POK_TEMPERATURE", 100.0, "", axis}),
     table<int, 10, 1>({15023, "POK_TEMPCORR_LEVEL", 0.01, "", value, -1, 0}),
     table<int, 1, 1>({15024, "DET_DIFF_TEMPERATURE", 100.0}),
@@ -46,6 +65,54 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     table<int, 10, 10>({15027, "DET_TEMPCORR_MIN_FREQ_VALUES", 100.0}),
     table<int, 10, 10>({15028, "DET_TEMPCORR_MAX_FREQ_VALUES", 100.0}),
     instances<HwWenDatablockAnalogOutputCalibration, false>(15500, 15501).unregistered(),
+    row<HwDatablockStereocoderCo>(15690).convertible(),
+    row<HwDatablockKelRfboExtInGain>(15700).convertible(),
+    row<HwDatablockKelRfboExtInOffset>(15701).convertible(),
+    row<HwDatablockKelRfboDetTuneFreq>(15705).convertible(),
+    row<HwDatablockKelRfboDetTuneData>(15706).convertible(),
+    row<HwDatablockKelRfboTcxoCal>(15710).convertible(),
+    row<HwDatablockKelRfboRfLevelMaxFreq>(15715).convertible(),
+    row<HwDatablockKelRfboRfLevelMaxData>(15716).convertible(),
+    row<HwDatablockKelRfboAttCalFreq>(15720).convertible(),
+    row<HwDatablockKelRfboAttCalData>(15721).convertible(),
+    row<HwDatablockKelRfboExtCalFreq>(15725).convertible(),
+    row<HwDatablockKelRfboExtCalData>(15726).convertible(),
+    row<HwDatablockKelRfboAlcFreq>(15730).convertible(),
+    row<HwDatablockKelRfboAlcData>(15731).convertible(),
+    row<HwDatablockKelRfboTempFreq>(15735).convertible(),
+    row<HwDatablockKelRfboTempGradient>(15740).convertible(),
+    row<HwDatablockKelRfboTempOffset>(15745).convertible(),
+    row<HwDatablockKelRfboAttRegData>(15750).convertible(),
+    row<HwDatablockKelRfboSHFreq>(15755).convertible(),
+    row<HwDatablockKelRfboSHData>(15756).convertible(),
+    row<HwDatablockDunRfboAttCalFreq>(15760),
+    row<HwDatablockDunRfboAttCalData>(15761),
+    row<HwDatablockDunRfboTempCompFreq>(15770),
+    row<HwDatablockDunRfboTempCompData>(15771),
+    row<HwDatablockDunRfboAttRegAttenuation>(15798),
+    row<HwDatablockDunRfboAttRegData>(15799),
+    row<HwDatablockToviVectorRfLevelMaxFreq>(15800).convertible(),
+    row<HwDatablockToviVectorRfLevelMaxData>(15801).convertible(),
+    row<HwDatablockToviVectorAlcFreq>(15810).convertible(),
+    row<HwDatablockToviVectorAlcData>(15811).convertible(),
+    row<HwDatablockToviVectorAlcIqNormFreq>(15820).convertible(),
+    row<HwDatablockToviVectorAlcIqNormData>(15821).convertible(),
+    row<HwDatablockToviVectorAlcIqWideFreq>(15830).convertible(),
+    row<HwDatablockToviVectorAlcIqWideData>(15831).convertible(),
+    row<HwDatablockToviRfBoExtCalVecFreq>(15840).convertible(),
+    row<HwDatablockToviRfBoExtCalVecData>(15841).convertible(),
+    row<HwDatablockToviRfboAttCalVecFreq>(15842).convertible(),
+    row<HwDatablockToviRfboAttCalVecData>(15843).convertible(),
+    row<HwDatablockToviRfboRfLevelMaxVecFreq>(15844).convertible(),
+    row<HwDatablockToviRfboRfLevelMaxVecData>(15845).convertible(),
+    row<HwDatablockToviVectorLevconTemp>(15850).convertible(),
+    row<HwDatablockToviVectorLevconTempFreq>(15851).convertible(),
+    row<HwDatablockToviVectorLevconTempLevcon>(15852).convertible(),
+    rows<HwDatablockToviVectorLevconTempData>(15853, 15862, levconTempData).convertible(),
+    row<HwDatablockKelRfboExtCalUserFreq>(16000).convertible(),
+    row<HwDatablockKelRfboExtCalUserData>(16001).convertible(),
+    row<HwDatablockToviRfboExtCalVecUserFreq>(16002).convertible(),
+    row<HwDatablockToviRfboExtCalVecUserData>(16003).convertible(),
     row<HwDatablockEnd>(65535),
 };
 

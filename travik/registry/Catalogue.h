@@ -11,6 +11,8 @@
 
 namespace Travik {
 
+struct ExchangeFormat;
+
 /// One class of blocks with the identifiers that it serves: what the dictionary, the interpreter, the image walker and
 /// the tools know of it.
 struct CatalogueEntry {
@@ -31,6 +33,8 @@ struct CatalogueEntry {
 
     /// What a table that has no class of its own is made with.
     TableSpec table{};
+    /// How blocks of the class are exchanged as text; null where they are not.
+    const ExchangeFormat* exchange = nullptr;
 };
 
 /// Every class of the library, in ascending order of identifiers.

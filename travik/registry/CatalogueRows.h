@@ -86,7 +86,10 @@ using Create = std::unique_ptr<HwDatablock> (*)(const CatalogueEntry& entry, int
 
 template <class Block>
 constexpr Row<Block> rows(int first, int last, Create create) {
-    return {{first, last, className<Block>(), true, create, keyOf<Block>, fieldsOf<Block>, nullptr}};
+    Row<Block> row{{first, last, className<Block>(), true, create, keyOf<Block>, fieldsOf<Block>, nullptr}};
+    if constexpr (requires { Block::exchange; })
+        row.exchange = &Block::exchange;
+    return row;
 }
 
 /// A class that is made without arguments, its flag false or fixed.

@@ -10,6 +10,8 @@
 
 namespace Travik {
 
+using detail::withStoredType;
+
 namespace {
 
 double toUser(const TableShape& shape, double product) {
@@ -22,31 +24,6 @@ double toUser(const TableShape& shape, double product) {
         break;
     }
     return product;
-}
-
-/// Calls the function with a value of the type that is stored.
-template <class Function>
-auto withStoredType(Stored stored, Function function) {
-    switch (stored) {
-    case Stored::U8:
-        return function(static_cast<unsigned char>(0));
-    case Stored::I8:
-        return function(static_cast<signed char>(0));
-    case Stored::U16:
-        return function(static_cast<unsigned short>(0));
-    case Stored::I16:
-        return function(static_cast<short>(0));
-    case Stored::U32:
-        return function(0U);
-    case Stored::I32:
-        return function(0);
-    case Stored::F32:
-        return function(0.0F);
-    case Stored::F64:
-    case Stored::Text:
-        break;
-    }
-    return function(0.0);
 }
 
 } // namespace
@@ -80,7 +57,7 @@ void TableBlock::setNumberOfColumns(unsigned int columns) {
 double TableBlock::product(unsigned int row, unsigned int column) const {
     if (row >= maxRows_ || column >= maxColumns_)
         return 0.0;
-    const std::size_t offset = shape_->valuesOffset() + (std::size_t{row} * shape_->columns + column) * shape_->width;
+    const std::size_t offset = shape_->valueOffset(row, column);
     return withStoredType(shape_->stored, [&]<class StoreT>(StoreT) {
         return static_cast<double>(bytes::load<StoreT>(image(), offset)) * scaleFactor_;
     });
@@ -93,7 +70,7 @@ double TableBlock::userValue(unsigned int row, unsigned int column) const {
 void TableBlock::storeProduct(double value, unsigned int row, unsigned int column) {
     if (row >= maxRows_ || column >= maxColumns_)
         return;
-    const std::size_t offset = shape_->valuesOffset() + (std::size_t{row} * shape_->columns + column) * shape_->width;
+    const std::size_t offset = shape_->valueOffset(row, column);
     const bool stored = withStoredType(shape_->stored, [&]<class StoreT>(StoreT) {
         double number = value / scaleFactor_;
         if constexpr (std::is_integral_v<StoreT>) {

@@ -50,6 +50,10 @@ struct TableShape {
     constexpr unsigned int columnCountOffset() const { return rowCountOffset() + 4; }
     constexpr unsigned int valuesOffset() const { return columnCountOffset() + 4; }
     constexpr unsigned int valuesSize() const { return rows * columns * width; }
+    /// Of a row and a column inside the capacity.
+    constexpr std::size_t valueOffset(unsigned int row, unsigned int column) const {
+        return valuesOffset() + (std::size_t{row} * columns + column) * width;
+    }
     constexpr unsigned int indexOffset() const { return valuesOffset() + valuesSize(); }
     constexpr unsigned int size() const { return indexOffset() + (indexed ? 4 * rows : 0); }
 
@@ -66,6 +70,35 @@ struct TableShape {
                 .columns = columns};
     }
 };
+
+namespace detail {
+
+/// Calls the function with a value of the type that is stored.
+template <class Function>
+auto withStoredType(Stored stored, Function function) {
+    switch (stored) {
+    case Stored::U8:
+        return function(static_cast<unsigned char>(0));
+    case Stored::I8:
+        return function(static_cast<signed char>(0));
+    case Stored::U16:
+        return function(static_cast<unsigned short>(0));
+    case Stored::I16:
+        return function(static_cast<short>(0));
+    case Stored::U32:
+        return function(0U);
+    case Stored::I32:
+        return function(0);
+    case Stored::F32:
+        return function(0.0F);
+    case Stored::F64:
+    case Stored::Text:
+        break;
+    }
+    return function(0.0);
+}
+
+} // namespace detail
 
 /// What all table templates do the same way, whatever their types: layout, take-over, access in user units, text. Adds
 /// no virtual operation.

@@ -101,6 +101,9 @@ public:
     HwDatablockBaseTemplate(const char* keyName, unsigned int idBase, unsigned int idOffset, double scaleFactor,
                             bool stopConversionOnError)
         : HwDatablockBaseTemplate::TypedTable(keyName, idBase, idOffset, scaleFactor, N, M, stopConversionOnError) {}
+    /// Key name, identifier and scale factor as the description says.
+    HwDatablockBaseTemplate(const TableSpec& spec, bool stopConversionOnError)
+        : HwDatablockBaseTemplate(spec.key, static_cast<unsigned int>(spec.id), 0, spec.scale, stopConversionOnError) {}
 };
 
 /// As the base template, plus one signed 32-bit index value per row, which labels the row in the text.
@@ -112,6 +115,9 @@ public:
                                  bool stopConversionOnError)
         : HwDatablockBaseTemplateIndex::TypedTable(keyName, idBase, idOffset, scaleFactor, N, M,
                                                    stopConversionOnError) {}
+    /// Key name, identifier and scale factor as the description says.
+    HwDatablockBaseTemplateIndex(const TableSpec& spec, bool stopConversionOnError)
+        : HwDatablockBaseTemplateIndex(spec.key, static_cast<unsigned int>(spec.id), 0, spec.scale, stopConversionOnError) {}
 };
 
 /// D descriptors of 16 characters, then a table as of the base template.
@@ -124,6 +130,9 @@ public:
                                     bool stopConversionOnError)
         : HwDatablockBaseTemplateExtended::TypedTable(keyName, idBase, idOffset, scaleFactor, N, M,
                                                       stopConversionOnError) {}
+    /// Key name, identifier and scale factor as the description says.
+    HwDatablockBaseTemplateExtended(const TableSpec& spec, bool stopConversionOnError)
+        : HwDatablockBaseTemplateExtended(spec.key, static_cast<unsigned int>(spec.id), 0, spec.scale, stopConversionOnError) {}
 };
 
 /// As the base template, with row and column limits given at run time; printed unconverted with five decimals. RecordT

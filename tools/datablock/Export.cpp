@@ -1,0 +1,75 @@
+#include "Tool.h"
+
+#include <travik/registry/text/TextExchange.h>
+
+#include <iostream>
+#include <sstream>
+
+namespace Tool {
+
+namespace {
+
+class Export : public Command {
+public:
+    explicit Export(CLI::App& app) {
+        CLI::App& command = *app.add_subcommand("export", "Write a table of an image as text that can be imported");
+        command.add_option("image", path_, "Module image; - is standard input")->required();
+        command.add_option("--block", selector_, "The block, by identifier or key name")
+            ->type_name("ID|KEY")
+            ->required();
+    }
+
+    int run() override {
+        const std::optional<Image> image = readImage(path_);
+        if (!image)
+            return CallFailed;
+        const Travik::ModuleImage module(image->bytes);
+        const Travik::ImageBlock* const block = find(*image, module);
+        if (!block)
+            return DataWrong;
+        const Travik::ExchangeFormat* const format = block->entry ? block->entry->exchange : nullptr;
+        if (!format) {
+            std::cerr << image->name << ": block " << selector_ << " has no exchange text\n";
+            return CallFailed;
+        }
+        std::ostringstream text;
+        Travik::writeExchangeText(text, *format, block->bytes);
+        if (!writeText(text.view(), Encoding::Latin1))
+            return CallFailed;
+        int status = found_ > 1 ? DataWrong : AllWell;
+        for (const Travik::ImageProblem& problem : module.problems()) {
+            if (problem.offset != block->offset)
+                continue;
+            reportProblem(*image, problem.offset, problem.id, problem.text);
+            status = DataWrong;
+        }
+        return status;
+    }
+
+private:
+    std::string path_;
+    std::string selector_;
+    int found_ = 0;
+
+    /// The first of the selected blocks; what is wrong with their number is reported.
+    const Travik::ImageBlock* find(const Image& image, const Travik::ModuleImage& module) {
+        const Travik::ImageBlock* first = nullptr;
+        for (const Travik::ImageBlock& block : module.blocks()) {
+            if (!isSelected(block, selector_))
+                continue;
+            if (++found_ == 1)
+                first = &block;
+            else
+                reportProblem(image, block.offset, block.id, "one more of this block, not exported");
+        }
+        if (!first)
+            std::cerr << image.name << ": no block " << selector_ << '\n';
+        return first;
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Command> exportCommand(CLI::App& app) { return std::make_unique<Export>(app); }
+
+} // namespace Tool

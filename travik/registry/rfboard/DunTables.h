@@ -1,0 +1,68 @@
+#pragma once
+
+#include <travik/registry/text/TableTemplates.h>
+#include <travik/registry/text/TextExchange.h>
+
+/// Calibration and setting tables of the Dun RF board.
+///
+/// All are table blocks: layout, accessors in user units (stored value × scale factor), take-over, errors and text are
+/// the template's. A constructor makes an empty table; `stop` is the base block's stop-conversion flag. Frequencies are
+/// handed out in Hz; a data table has a column per frequency point.
+namespace Travik {
+
+/// Attenuator calibration: frequency points. Can be exchanged as text.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttCalFreq : public HwDatablockBaseTemplate<double, double, 200, 1>,
+                                                             public TextExchange<HwDatablockDunRfboAttCalFreq> {
+public:
+    static constexpr TableSpec table{15760, "BLOCK_DUN_RFBO_ATT_CAL_FREQ", 100.0, "Hz", Role::Axis};
+    static const ExchangeFormat exchange;
+    explicit HwDatablockDunRfboAttCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Attenuator calibration: a row per attenuator setting (its index value), at the points of 15760.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttCalData : public HwDatablockBaseTemplateIndex<int, int, 40, 200> {
+public:
+    static constexpr TableSpec table{15761, "BLOCK_DUN_RFBO_ATT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockDunRfboAttCalData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
+};
+
+/// Temperature compensation: frequency points. Can be exchanged as text.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboTempCompFreq : public HwDatablockBaseTemplate<double, double, 50, 1>,
+                                                               public TextExchange<HwDatablockDunRfboTempCompFreq> {
+public:
+    static constexpr TableSpec table{15770, "BLOCK_DUN_RFBO_TEMP_COMP_FREQ", 1.0, "Hz", Role::Axis};
+    static const ExchangeFormat exchange;
+    explicit HwDatablockDunRfboTempCompFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Temperature compensation: rows labelled by an index value, at the points of 15770. Can be exchanged as text,
+/// without its index values.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboTempCompData : public HwDatablockBaseTemplateIndex<int, int, 80, 50>,
+                                                               public TextExchange<HwDatablockDunRfboTempCompData> {
+public:
+    static constexpr TableSpec table{15771, "BLOCK_DUN_RFBO_TEMP_COMP_DATA", 1.0, "", Role::Value, 0, -1};
+    static const ExchangeFormat exchange;
+    explicit HwDatablockDunRfboTempCompData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
+};
+
+/// Attenuations that belong to the register words of 15799. Can be exchanged as text, with two decimals.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegAttenuation
+    : public HwDatablockBaseTemplate<float, float, 50, 4>,
+      public TextExchange<HwDatablockDunRfboAttRegAttenuation> {
+public:
+    static constexpr TableSpec table{15798, "DUN_RFBO_ATTREG_ATTENUATION", 1.0};
+    static const ExchangeFormat exchange;
+    explicit HwDatablockDunRfboAttRegAttenuation(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Attenuator register words. Can be exchanged as text.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegData
+    : public HwDatablockBaseTemplate<unsigned int, unsigned int, 50, 4>,
+      public TextExchange<HwDatablockDunRfboAttRegData> {
+public:
+    static constexpr TableSpec table{15799, "DUN_RFBO_ATTREG_DATA", 1.0};
+    static const ExchangeFormat exchange;
+    explicit HwDatablockDunRfboAttRegData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+} // namespace Travik

@@ -1,0 +1,169 @@
+#pragma once
+
+#include <travik/registry/text/TableTemplates.h>
+#include <travik/registry/text/TextExchange.h>
+
+/// Calibration and setting tables of the Kel RF board.
+///
+/// All are table blocks: layout, accessors in user units (stored value × scale factor), take-over, errors and text are
+/// the template's. A constructor makes an empty table; `stop` is the base block's stop-conversion flag. Frequencies are
+/// handed out in Hz; a data table has a column per frequency point.
+namespace Travik {
+
+/// External input: gain.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtInGain : public HwDatablockBaseTemplate<int, int, 10, 1> {
+public:
+    static constexpr TableSpec table{15700, "RFBO_EXTIN_GAIN", 1.0};
+    explicit HwDatablockKelRfboExtInGain(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// External input: offset.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtInOffset : public HwDatablockBaseTemplate<int, int, 10, 1> {
+public:
+    static constexpr TableSpec table{15701, "RFBO_EXTIN_OFFSET", 1.0};
+    explicit HwDatablockKelRfboExtInOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Detector tuning: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboDetTuneFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
+public:
+    static constexpr TableSpec table{15705, "RFBO_DET_TUNE_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboDetTuneFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Detector tuning: two rows of values at the points of 15705.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboDetTuneData : public HwDatablockBaseTemplate<int, int, 2, 128> {
+public:
+    static constexpr TableSpec table{15706, "RFBO_DET_TUNE_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockKelRfboDetTuneData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Calibration of the temperature-compensated reference oscillator.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTcxoCal : public HwDatablockBaseTemplate<int, int, 8, 1> {
+public:
+    static constexpr TableSpec table{15710, "RFBO_TCXO_CAL", 1.0};
+    explicit HwDatablockKelRfboTcxoCal(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Maximum RF level: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboRfLevelMaxFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
+public:
+    static constexpr TableSpec table{15715, "RFBO_RFLEVEL_MAX_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboRfLevelMaxFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Maximum RF level: two rows at the points of 15715, stored in hundredths.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboRfLevelMaxData : public HwDatablockBaseTemplate<int, double, 2, 128> {
+public:
+    static constexpr TableSpec table{15716, "RFBO_RFLEVEL_MAX_DATA", 0.01, "", Role::Value, 0, -1};
+    explicit HwDatablockKelRfboRfLevelMaxData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Attenuator calibration: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttCalFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 200, 1> {
+public:
+    static constexpr TableSpec table{15720, "RFBO_ATT_CAL_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboAttCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Attenuator calibration: a row per attenuator setting (its index value), at the points of 15720.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttCalData : public HwDatablockBaseTemplateIndex<int, int, 27, 200> {
+public:
+    static constexpr TableSpec table{15721, "RFBO_ATT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockKelRfboAttCalData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
+};
+
+/// External calibration: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 350, 1> {
+public:
+    static constexpr TableSpec table{15725, "RFBO_EXT_CAL_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboExtCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// External calibration: five rows at the points of 15725.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalData : public HwDatablockBaseTemplate<int, int, 5, 350> {
+public:
+    static constexpr TableSpec table{15726, "RFBO_EXT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockKelRfboExtCalData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAlcFreq : public HwDatablockBaseTemplate<unsigned int, double, 10, 1> {
+public:
+    static constexpr TableSpec table{15730, "RFBO_ALC_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboAlcFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control: four rows at the points of 15730.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAlcData : public HwDatablockBaseTemplate<int, int, 4, 10> {
+public:
+    static constexpr TableSpec table{15731, "RFBO_ALC_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockKelRfboAlcData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Temperature compensation: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempFreq : public HwDatablockBaseTemplate<unsigned int, double, 50, 1> {
+public:
+    static constexpr TableSpec table{15735, "RFBO_TEMP_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Temperature compensation: gradients at the points of 15735.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempGradient : public HwDatablockBaseTemplate<int, int, 6, 50> {
+public:
+    static constexpr TableSpec table{15740, "RFBO_TEMP_GRADIENT", 1.0, "", Role::Value, 0, -5};
+    explicit HwDatablockKelRfboTempGradient(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Temperature compensation: offsets at the points of 15735.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempOffset : public HwDatablockBaseTemplate<int, int, 6, 50> {
+public:
+    static constexpr TableSpec table{15745, "RFBO_TEMP_OFFSET", 1.0, "", Role::Value, 0, -10};
+    explicit HwDatablockKelRfboTempOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Attenuator register words. Can be exchanged as text.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttRegData
+    : public HwDatablockBaseTemplate<unsigned int, unsigned int, 50, 1>,
+      public TextExchange<HwDatablockKelRfboAttRegData> {
+public:
+    static constexpr TableSpec table{15750, "RFBO_ATTREG_DATA", 1.0};
+    static const ExchangeFormat exchange;
+    explicit HwDatablockKelRfboAttRegData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// S/H: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboSHFreq : public HwDatablockBaseTemplate<unsigned int, double, 150, 1> {
+public:
+    static constexpr TableSpec table{15755, "RFBO_S_H_FREQ", 10.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboSHFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// S/H: rows labelled by an index value, at the points of 15755.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboSHData : public HwDatablockBaseTemplateIndex<int, int, 35, 150> {
+public:
+    static constexpr TableSpec table{15756, "RFBO_S_H_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockKelRfboSHData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
+};
+
+/// The user's external calibration: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalUserFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 750, 1> {
+public:
+    static constexpr TableSpec table{16000, "RFBO_EXT_CAL_USER_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockKelRfboExtCalUserFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// The user's external calibration: ten descriptors and five rows at the points of 16000.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalUserData
+    : public HwDatablockBaseTemplateExtended<int, int, 10, 5, 750> {
+public:
+    static constexpr TableSpec table{16001, "RFBO_EXT_CAL_USER_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockKelRfboExtCalUserData(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
+};
+
+} // namespace Travik

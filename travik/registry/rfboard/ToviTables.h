@@ -1,0 +1,198 @@
+#pragma once
+
+#include <travik/registry/text/TableTemplates.h>
+
+#include <array>
+
+/// Calibration and setting tables of the Tovi vector (IQ) section, and of the stereo coder.
+///
+/// All are table blocks: layout, accessors in user units (stored value × scale factor), take-over, errors and text are
+/// the template's. A constructor makes an empty table; `stop` is the base block's stop-conversion flag. Frequencies are
+/// handed out in Hz; a data table has a column per frequency point.
+namespace Travik {
+
+/// Coefficients of the stereo coder.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockStereocoderCo : public HwDatablockBaseTemplate<short, short, 6, 1> {
+public:
+    static constexpr TableSpec table{15690, "STEREOCODER_CO", 1.0};
+    explicit HwDatablockStereocoderCo(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Maximum RF level: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
+public:
+    static constexpr TableSpec table{15800, "VECTOR_RFLEVEL_MAX_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockToviVectorRfLevelMaxFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Maximum RF level at the points of 15800, stored in hundredths.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxData
+    : public HwDatablockBaseTemplate<int, double, 1, 128> {
+public:
+    static constexpr TableSpec table{15801, "VECTOR_RFLEVEL_MAX_DATA", 0.01, "", Role::Value, 0, -1};
+    explicit HwDatablockToviVectorRfLevelMaxData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 32, 1> {
+public:
+    static constexpr TableSpec table{15810, "VECTOR_ALC_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockToviVectorAlcFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control: four rows at the points of 15810.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcData
+    : public HwDatablockBaseTemplate<unsigned int, double, 4, 32> {
+public:
+    static constexpr TableSpec table{15811, "VECTOR_ALC_DATA", 100.0, "", Role::Value, 0, -1};
+    explicit HwDatablockToviVectorAlcData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control, IQ normal: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 32, 1> {
+public:
+    static constexpr TableSpec table{15820, "VECTOR_ALC_IQNORM_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockToviVectorAlcIqNormFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control, IQ normal: four rows at the points of 15820.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormData
+    : public HwDatablockBaseTemplate<unsigned int, double, 4, 32> {
+public:
+    static constexpr TableSpec table{15821, "VECTOR_ALC_IQNORM_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockToviVectorAlcIqNormData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control, IQ wide: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 32, 1> {
+public:
+    static constexpr TableSpec table{15830, "VECTOR_ALC_IQWIDE_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockToviVectorAlcIqWideFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Automatic level control, IQ wide: four rows at the points of 15830.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideData
+    : public HwDatablockBaseTemplate<unsigned int, double, 4, 32> {
+public:
+    static constexpr TableSpec table{15831, "VECTOR_ALC_IQWIDE_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockToviVectorAlcIqWideData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// External calibration, vector: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 292, 1> {
+public:
+    static constexpr TableSpec table{15840, "RFBO_EXT_CAL_VEC_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockToviRfBoExtCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// External calibration, vector: four rows at the points of 15840.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecData : public HwDatablockBaseTemplate<int, int, 4, 292> {
+public:
+    static constexpr TableSpec table{15841, "RFBO_EXT_CAL_VEC_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockToviRfBoExtCalVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Attenuator calibration, vector: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 20, 1> {
+public:
+    static constexpr TableSpec table{15842, "RFBO_ATT_CAL_VEC_FREQ", 1.0, "Hz", Role::Axis};
+    explicit HwDatablockToviRfboAttCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Attenuator calibration, vector: a row per attenuator setting (its index value), at the points of 15842.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecData : public HwDatablockBaseTemplateIndex<int, int, 27, 20> {
+public:
+    static constexpr TableSpec table{15843, "RFBO_ATT_CAL_VEC_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockToviRfboAttCalVecData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
+};
+
+/// Maximum RF level, vector: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
+public:
+    static constexpr TableSpec table{15844, "RFBO_RFLEVEL_MAX_VEC_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockToviRfboRfLevelMaxVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Maximum RF level, vector, at the points of 15844, stored in hundredths.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecData
+    : public HwDatablockBaseTemplate<int, double, 1, 128> {
+public:
+    static constexpr TableSpec table{15845, "RFBO_RFLEVEL_MAX_VEC_DATA", 0.01, "", Role::Value, 0, -1};
+    explicit HwDatablockToviRfboRfLevelMaxVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Level control: temperatures, one signed byte each.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTemp : public HwDatablockBaseTemplate<char, double, 12, 1> {
+public:
+    static constexpr TableSpec table{15850, "VECTOR_LEVCON_TEMP", 1.0};
+    explicit HwDatablockToviVectorLevconTemp(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Level control: frequency points of the temperature data.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempFreq
+    : public HwDatablockBaseTemplate<unsigned short, double, 64, 1> {
+public:
+    static constexpr TableSpec table{15851, "VECTOR_LEVCON_TEMP_FREQ", 1.0, "", Role::Axis};
+    explicit HwDatablockToviVectorLevconTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Level control: control points of the temperature data.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempLevcon
+    : public HwDatablockBaseTemplate<unsigned short, double, 50, 1> {
+public:
+    static constexpr TableSpec table{15852, "VECTOR_LEVCON_TEMP_LEVCON", 1.0, "", Role::Axis};
+    explicit HwDatablockToviVectorLevconTempLevcon(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// Level control: the data of one of ten temperatures, identifiers 15853 to 15862; a row per frequency point of 15851,
+/// a column per control point of 15852.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempData
+    : public HwDatablockBaseTemplate<unsigned short, double, 64, 50> {
+public:
+    static constexpr int firstId = 15853;
+    /// Of the identifiers one after the other.
+    static constexpr std::array keyNames{
+        "_DatablockId_Tovi_Vector_Levcon_Temp_Data00_", "_DatablockId_Tovi_Vector_Levcon_Temp_Data01_",
+        "_DatablockId_Tovi_Vector_Levcon_Temp_Data02_", "_DatablockId_Tovi_Vector_Levcon_Temp_Data03_",
+        "_DatablockId_Tovi_Vector_Levcon_Temp_Data04_", "_DatablockId_Tovi_Vector_Levcon_Temp_Data05_",
+        "_DatablockId_Tovi_Vector_Levcon_Temp_Data06_", "_DatablockId_Tovi_Vector_Levcon_Temp_Data07_",
+        "_DatablockId_Tovi_Vector_Levcon_Temp_Data08_", "_DatablockId_Tovi_Vector_Levcon_Temp_Data09_",
+    };
+    static constexpr const char* keyOf(int id) {
+        return id >= firstId && id < firstId + static_cast<int>(keyNames.size())
+                   ? keyNames[static_cast<std::size_t>(id - firstId)]
+                   : "";
+    }
+    static FieldList fieldsOf(int id) {
+        return tableFields(shape, {id, keyOf(id), 1.0, "", Role::Value, 15851 - id, 15852 - id});
+    }
+
+    /// Identifier 15853 + `idOffset`; the key name is what the text shows.
+    HwDatablockToviVectorLevconTempData(const char* keyName, int idOffset, bool stop = false)
+        : HwDatablockBaseTemplate(keyName, firstId, static_cast<unsigned int>(idOffset), 1.0, stop) {}
+};
+
+/// The user's external calibration, vector: frequency points.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserFreq
+    : public HwDatablockBaseTemplate<unsigned int, double, 350, 1> {
+public:
+    static constexpr TableSpec table{16002, "RFBO_EXT_CAL_VEC_USER_FREQ", 100.0, "Hz", Role::Axis};
+    explicit HwDatablockToviRfboExtCalVecUserFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
+};
+
+/// The user's external calibration, vector: ten descriptors and four rows at the points of 16002.
+class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserData
+    : public HwDatablockBaseTemplateExtended<int, int, 10, 4, 350> {
+public:
+    static constexpr TableSpec table{16003, "RFBO_EXT_CAL_VEC_USER_DATA", 1.0, "", Role::Value, 0, -1};
+    explicit HwDatablockToviRfboExtCalVecUserData(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
+};
+
+} // namespace Travik

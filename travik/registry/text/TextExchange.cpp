@@ -1,0 +1,361 @@
+#include <travik/datablock/TextWriter.h>
+#include <travik/registry/text/TextExchange.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <iostream>
+#include <limits>
+#include <optional>
+#include <string>
+
+namespace Travik {
+
+namespace {
+
+// Writing
+
+double userValue(const ExchangeFormat& format, std::span<const char> image, unsigned int row, unsigned int column) {
+    const TableShape& shape = format.shape;
+    if (row >= shape.rows || column >= shape.columns)
+        return 0.0;
+    return detail::withStoredType(shape.stored, [&]<class StoreT>(StoreT) {
+        return static_cast<double>(bytes::load<StoreT>(image, shape.valueOffset(row, column))) * format.table.scale;
+    });
+}
+
+/// The nearest value of the type; an integral type drops the fraction and has no NaN.
+template <class T>
+T nearest(double value) {
+    if constexpr (std::is_integral_v<T>) {
+        constexpr auto lowest = static_cast<double>(std::numeric_limits<T>::lowest());
+        constexpr auto highest = static_cast<double>(std::numeric_limits<T>::max());
+        return std::isnan(value) ? T{0} : static_cast<T>(std::clamp(value, lowest, highest));
+    } else {
+        return static_cast<T>(value);
+    }
+}
+
+void writeValue(TextWriter& out, const ExchangeFormat& format, double value) {
+    if (format.number != ExchangeNumber::Hexadecimal) {
+        out.fixed(value, format.decimals, format.width);
+        return;
+    }
+    std::array<char, 16> word;
+    // Whether it is 0 tells "%#x" whether to write the prefix.
+    const int length =
+        std::snprintf(word.data(), word.size(), format.title.empty() ? "%#x" : "0x%08X", nearest<unsigned int>(value));
+    out << std::string_view(word.data(), static_cast<std::size_t>(length));
+}
+
+unsigned int decimalDigits(unsigned int number) {
+    unsigned int digits = 1;
+    for (; number >= 10; number /= 10)
+        ++digits;
+    return digits;
+}
+
+void writeHead(TextWriter& out, const ExchangeFormat& format, unsigned int rows, unsigned int columns) {
+    const bool commented = !format.title.empty();
+    const auto emptyComments = [&](unsigned int count) {
+        for (unsigned int i = 0; commented && i < count; ++i)
+            out.line("#   ");
+    };
+    if (commented)
+        (out << "#   Ombrel, DUN - RF-Board - " << format.title << " - Data").endLine();
+    emptyComments(4);
+    (out << (commented ? "ID:     " : "ID:  ") << format.table.key).endLine();
+    emptyComments(1);
+    if (commented)
+        out.line("#       Parameter COUNT: <rows> * <columns>");
+    (out << "COUNT:  " << rows << " * " << columns).endLine();
+    emptyComments(5);
+}
+
+// Reading
+
+constexpr bool isBlank(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r'); // whatever the locale
+}
+
+/// Cuts the next word off the text; empty at the end.
+std::string_view takeWord(std::string_view& text) {
+    const auto begin = std::ranges::find_if_not(text, isBlank);
+    const auto end = std::find_if(begin, text.end(), isBlank);
+    const std::string_view word(begin, end);
+    text = std::string_view(end, text.end());
+    return word;
+}
+
+/// The lines of a text that are neither comments nor blank, their remarks cut off.
+class Lines {
+public:
+    explicit Lines(std::istream& is) : source_(is.rdbuf()) {
+        is.clear();
+        if (source_)
+            source_->pubseekpos(0, std::ios_base::in);
+    }
+
+    /// The next line, valid until the one after is asked for; nothing at the end of the text.
+    std::optional<std::string_view> next() {
+        while (readLine()) {
+            if (!std::ranges::all_of(line_, isBlank))
+                return line_;
+        }
+        return std::nullopt;
+    }
+
+private:
+    std::streambuf* source_;
+    std::string line_;
+    std::array<char, 16384> chunk_;
+    std::string_view unread_; // of the chunk
+
+    bool readChunk() {
+        const std::streamsize count = source_ ? source_->sgetn(chunk_.data(), chunk_.size()) : 0;
+        unread_ = {chunk_.data(), static_cast<std::size_t>(std::max<std::streamsize>(count, 0))};
+        return !unread_.empty();
+    }
+
+    /// Of a remark nothing is kept, however long it is.
+    bool readLine() {
+        line_.clear();
+        bool begun = false;
+        for (bool inRemark = false; !unread_.empty() || readChunk();) {
+            begun = true;
+            const std::size_t end = unread_.find('\n');
+            const std::string_view piece = unread_.substr(0, end);
+            const std::size_t remark = piece.find('#');
+            if (!inRemark)
+                line_ += piece.substr(0, remark);
+            inRemark = inRemark || remark != std::string_view::npos;
+            if (end != std::string_view::npos) {
+                unread_.remove_prefix(end + 1);
+                return true;
+            }
+            unread_ = {};
+        }
+        return begun;
+    }
+};
+
+/// The whole number that a text begins with, after blanks and a sign; 0 if it begins with none.
+unsigned int wholeNumber(std::string_view text, int base) {
+    text = std::string_view(std::ranges::find_if_not(text, isBlank), text.end());
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+'))
+        text.remove_prefix(1);
+    if (base == 16 && (text.starts_with("0x") || text.starts_with("0X")))
+        text.remove_prefix(2);
+    unsigned int number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    if (result.ec == std::errc::result_out_of_range)
+        number = std::numeric_limits<unsigned int>::max();
+    return negative ? 0 : number;
+}
+
+/// Whether a number whose magnitude is outside the range of a double is too large, not too small, by the power of ten
+/// of its first digit other than 0.
+bool isTooLarge(std::string_view number) {
+    const std::size_t exponentMark = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view mantissa = number.substr(0, exponentMark);
+    const auto point = static_cast<long long>(std::min(mantissa.find('.'), mantissa.size()));
+    const auto first = static_cast<long long>(std::min(mantissa.find_first_of("123456789"), mantissa.size()));
+
+    std::string_view exponent = number.substr(std::min(exponentMark + 1, number.size()));
+    if (exponent.starts_with('+'))
+        exponent.remove_prefix(1);
+    long long power = 0;
+    const auto result = std::from_chars(exponent.data(), exponent.data() + exponent.size(), power);
+    if (result.ec == std::errc::result_out_of_range)
+        return !exponent.starts_with('-');
+    // No text is so long that its digits weigh up an exponent beyond this; the sum cannot overflow.
+    constexpr long long farOut = std::numeric_limits<long long>::max() / 4;
+    return std::clamp(power, -farOut, farOut) + point - first > 0;
+}
+
+/// The decimal number that a word begins with; 0 if it begins with none.
+double realNumber(std::string_view word) {
+    if (word.starts_with('+') && !word.starts_with("+-"))
+        word.remove_prefix(1);
+    double number = 0.0;
+    const auto result = std::from_chars(word.data(), word.data() + word.size(), number);
+    if (result.ec == std::errc::result_out_of_range) {
+        const bool large = isTooLarge({word.data(), static_cast<std::size_t>(result.ptr - word.data())});
+        number = std::copysign(large ? std::numeric_limits<double>::infinity() : 0.0, word.front() == '-' ? -1.0 : 1.0);
+    }
+    return number;
+}
+
+double storedValue(const ExchangeFormat& format, std::string_view word) {
+    switch (format.number) {
+    case ExchangeNumber::Hexadecimal:
+        return wholeNumber(word, 16);
+    case ExchangeNumber::Hundredths:
+        return std::floor(realNumber(word) * 100 + 0.5) * 0.01;
+    case ExchangeNumber::Integer:
+        return nearest<int>(realNumber(word)) / format.table.scale;
+    case ExchangeNumber::Real:
+        break;
+    }
+    return realNumber(word) / format.table.scale;
+}
+
+class Reader {
+public:
+    Reader(const ExchangeFormat& format, const ExchangeMessages& report)
+        : format_(format), report_(report), image_(format.shape.size()) {
+        store(offsetof(HwSDatablockHeader, blockSize), static_cast<unsigned short>(image_.size()));
+    }
+
+    void take(std::string_view line) {
+        switch (search_) {
+        case Search::Id:
+            return searchId(line);
+        case Search::Count:
+            return searchCount(line);
+        case Search::Rows:
+            return readRow(line);
+        case Search::Done:
+            return;
+        }
+    }
+
+    std::vector<char> finish() {
+        if (search_ == Search::Id)
+            report_("ERROR: FOUND NO ID !");
+        if (search_ == Search::Count)
+            report_("ERROR: FOUND NO COUNT VALUES !");
+        else if (rowsRead_ != rows_)
+            report_(format_.rowMessage);
+        return std::move(image_);
+    }
+
+private:
+    enum class Search : unsigned char { Id, Count, Rows, Done };
+
+    const ExchangeFormat& format_;
+    const ExchangeMessages& report_;
+    std::vector<char> image_;
+    Search search_ = Search::Id;
+    std::size_t linesSinceId_ = 0;
+    std::size_t rowsRead_ = 0;
+    unsigned int rows_ = 0; // as the text counts them
+    unsigned int columns_ = 0;
+
+    template <class T>
+    void store(std::size_t offset, T value) {
+        bytes::store(image_, offset, value);
+    }
+
+    void searchId(std::string_view line) {
+        if (line.find("ID:") == std::string_view::npos || line.find(format_.table.key) == std::string_view::npos)
+            return;
+        store(offsetof(HwSDatablockHeader, id), static_cast<unsigned short>(format_.table.id));
+        search_ = Search::Count;
+    }
+
+    void searchCount(std::string_view line) {
+        constexpr std::string_view mark = "COUNT:";
+        const std::size_t at = line.find(mark);
+        if (at == std::string_view::npos) {
+            if (++linesSinceId_ >= format_.distanceLimit)
+                report_(std::string("ERROR: ").append(format_.distanceMessage));
+            return;
+        }
+        const std::string counts = std::string(line.substr(0, at)).append(line.substr(at + mark.size()));
+        const std::string_view text = counts;
+        if (const std::size_t star = text.find('*'); star != std::string_view::npos) {
+            // The character in front of the star is the writer's blank.
+            rows_ = wholeNumber(text.substr(0, std::max<std::size_t>(star, 1) - 1), 10);
+            columns_ = wholeNumber(text.substr(star + 1), 10);
+        }
+        store(format_.shape.rowCountOffset(), rows_);
+        store(format_.shape.columnCountOffset(), columns_);
+        search_ = Search::Rows;
+    }
+
+    void readRow(std::string_view line) {
+        const std::size_t colon = line.find(':');
+        if (colon == std::string_view::npos) {
+            search_ = Search::Done;
+            return;
+        }
+        std::string_view rest = line.substr(colon + 1);
+        std::size_t words = 0;
+        for (std::string_view word = takeWord(rest); !word.empty(); word = takeWord(rest))
+            storeWord(word, words++);
+        ++rowsRead_;
+        if (words != columns_)
+            report_("ERROR: In Row =" + std::to_string(rowsRead_) + std::string(format_.columnMessage));
+    }
+
+    void storeWord(std::string_view word, std::size_t column) {
+        const TableShape& shape = format_.shape;
+        if (rowsRead_ >= shape.rows || column >= shape.columns)
+            return;
+        const auto offset = shape.valueOffset(static_cast<unsigned int>(rowsRead_), static_cast<unsigned int>(column));
+        detail::withStoredType(
+            shape.stored, [&]<class StoreT>(StoreT) { store(offset, nearest<StoreT>(storedValue(format_, word))); });
+    }
+};
+
+} // namespace
+
+std::ostream& writeExchangeText(std::ostream& os, const ExchangeFormat& format, std::span<const char> image) {
+    const auto rows = bytes::load<unsigned int>(image, format.shape.rowCountOffset());
+    const auto columns = bytes::load<unsigned int>(image, format.shape.columnCountOffset());
+    const bool valuePerLine = format.title.empty();
+    const unsigned int labelWidth = valuePerLine ? 0 : decimalDigits(rows);
+
+    TextWriter out(os);
+    writeHead(out, format, rows, columns);
+    // Of a row that has no values only the label is an entry.
+    unsigned int left = valuePerLine && columns == 0 ? 0 : printedEntriesLimit;
+    for (unsigned int row = 0; row < rows && left > 0; ++row) {
+        if (!valuePerLine)
+            out.rightAligned(row + 1, labelWidth) << ":  ";
+        for (unsigned int column = 0; column < columns && left > 0; ++column, --left) {
+            if (valuePerLine)
+                out << row + 1 << ":  ";
+            else
+                out << "    ";
+            writeValue(out, format, userValue(format, image, row, column));
+            if (valuePerLine)
+                out.endLine();
+        }
+        left -= columns == 0;
+        if (!valuePerLine)
+            out.endLine();
+    }
+    return os;
+}
+
+std::vector<char> readExchangeText(std::istream& is, const ExchangeFormat& format, const ExchangeMessages& report) {
+    Lines lines(is);
+    Reader reader(format, report);
+    while (const auto line = lines.next())
+        reader.take(*line);
+    return reader.finish();
+}
+
+const ExchangeFormat* findExchangeFormat(std::istream& is, std::span<const ExchangeFormat* const> formats) {
+    Lines lines(is);
+    const ExchangeFormat* found = nullptr;
+    while (const auto line = found ? std::nullopt : lines.next()) {
+        if (line->find("ID:") == std::string_view::npos)
+            continue;
+        for (const ExchangeFormat* const format : formats) {
+            const std::string_view key = format->table.key;
+            if (line->find(key) != std::string_view::npos &&
+                (!found || key.size() > std::string_view(found->table.key).size()))
+                found = format;
+        }
+    }
+    return found;
+}
+
+void reportToStandardOutput(std::string_view message) { std::cout << message << '\n'; }
+
+} // namespace Travik
