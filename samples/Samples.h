@@ -39,5 +39,7 @@ std::unique_ptr<BareTable<N, M>> bareTable(int id) {
 
 std::vector<char> synthesizerLoop();
 std::vector<char> detectorBoard();
+std::vector<char> rfBoard();
+std::vector<char> vectorBoard();
 
 } // namespace Samples

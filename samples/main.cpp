@@ -45,6 +45,8 @@ struct Sample {
 constexpr Sample samples[] = {
     {"synthesizer-loop.bin", synthesizerLoop},
     {"detector-board.bin", detectorBoard},
+    {"rf-board.bin", rfBoard},
+    {"vector-board.bin", vectorBoard},
 };
 
 } // namespace

@@ -1,16 +1,11 @@
-#include <travik/registry/Catalogue.h>
-#include <travik/registry/rfboard/DunTables.h>
-#include <travik/registry/rfboard/KelTables.h>
-
-#include <gtest/gtest.h>
+#include "Support.h"
 
 #include <cmath>
 #include <iostream>
 #include <limits>
-#include <random>
-#include <sstream>
 
 using namespace Travik;
+using Support::bytesOf;
 
 namespace {
 
@@ -54,11 +49,6 @@ struct Imported {
         EXPECT_EQ(block.getBlockSize(), sizeof(typename Block::Record));
     }
 };
-
-template <class Block>
-std::vector<char> bytesOf(Block& block) {
-    return {block.getData(), block.getData() + block.getBlockSize()};
-}
 
 using Words = HwDatablockDunRfboAttRegData;
 using Attenuations = HwDatablockDunRfboAttRegAttenuation;

@@ -1,17 +1,9 @@
-#include <travik/platform/ErrorManager.h>
-#include <travik/registry/Catalogue.h>
-#include <travik/registry/Interpreter.h>
-#include <travik/registry/ModuleImage.h>
-#include <travik/registry/rfboard/KelTables.h>
-#include <travik/registry/rfboard/ToviTables.h>
-#include <travik/tables/MainBoardUserTables.h>
-
-#include <gtest/gtest.h>
+#include "Support.h"
 
 #include <map>
-#include <sstream>
 
 using namespace Travik;
+using namespace Support;
 
 namespace {
 
@@ -112,15 +104,9 @@ FieldList fieldsOf(int id) {
     return entry ? entry->fields(*entry, id) : FieldList();
 }
 
-std::string printed(HwDatablock& block) {
-    std::ostringstream os;
-    block.printToStream(os);
-    return os.str();
-}
-
 } // namespace
 
-TEST(TemplateTables, EveryClassIsWhatItsRowSays) {
+TEST(NamedTables, EveryClassIsWhatItsRowSays) {
     for (const TableClass& expected : classes) {
         SCOPED_TRACE(expected.id);
         const CatalogueEntry* const entry = findEntry(expected.id);
@@ -151,7 +137,7 @@ TEST(TemplateTables, EveryClassIsWhatItsRowSays) {
     }
 }
 
-TEST(TemplateTables, DataTablesLeadToTheListsThatLabelThem) {
+TEST(NamedTables, DataTablesLeadToTheListsThatLabelThem) {
     const std::map<int, int> columnLists{
         {11306, 11305}, {11307, 11305}, {14805, 14803}, {14806, 14804}, {15706, 15705}, {15716, 15715},
         {15721, 15720}, {15726, 15725}, {15731, 15730}, {15740, 15735}, {15745, 15735}, {15756, 15755},
@@ -180,7 +166,7 @@ TEST(TemplateTables, DataTablesLeadToTheListsThatLabelThem) {
     }
 }
 
-TEST(TemplateTables, StoredValuesArePrintedInUserUnits) {
+TEST(NamedTables, StoredValuesArePrintedInUserUnits) {
     const struct {
         int id;
         double stored;
@@ -200,76 +186,29 @@ TEST(TemplateTables, StoredValuesArePrintedInUserUnits) {
             bytes::store(std::span(table->getData(), table->getBlockSize()), values.offset,
                          static_cast<StoreT>(number));
         });
-        EXPECT_EQ(printed(*table), "ID:  " + table->getKeyName() + "\nCOUNT:  1*1\n1: \t" + std::string(text) + "\n\n");
+        EXPECT_EQ(textOf(*table), "ID:  " + table->getKeyName() + "\nCOUNT:  1*1\n1: \t" + std::string(text) + "\n\n");
     }
 }
 
-// One class of each shape, through what a user of the class has.
-TEST(TemplateTables, AccessorsHoldTheBoundsOfTheClass) {
-    HwDatablockKelRfboRfLevelMaxData level;
-    level.setValue(-12.34, 1, 127);
-    EXPECT_DOUBLE_EQ(level.getValue(1, 127), -12.34);
-    EXPECT_EQ(level.getBlock()->values[1][127], -1234);
-    EXPECT_TRUE(level.verifyChecksum());
-    for (const auto& [row, column] : {std::pair{2U, 0U}, {0U, 128U}, {~0U, ~0U}}) {
-        level.setValue(1.0, row, column);
-        EXPECT_EQ(level.getValue(row, column), 0.0);
-    }
-    level.setNumberOfColumns(129);
-    EXPECT_EQ(level.getNumberOfColumns(), 0U);
-
-    HwDatablockKelRfboAttCalData index;
-    index.setIndexValue(-5, 26);
-    index.setIndexValue(7, 27);
-    EXPECT_EQ(index.getIndexValue(26), -5);
-    EXPECT_EQ(index.getIndexValue(27), 0);
-    EXPECT_EQ(index.getBlock()->index[26], -5);
-
-    HwDatablockMbrdExtCalUserDataB described(true);
-    described.setDescriptor("sixteen letters, and more", 9);
-    described.setValue(-40000, 12, 599);
-    EXPECT_EQ(described.getDescriptor(9), "sixteen letters,");
-    EXPECT_EQ(described.getDescriptor(10), QString());
-    EXPECT_EQ(described.getValue(12, 599), -32768);
-    EXPECT_TRUE(described.getStopConversionOnError());
-}
-
-TEST(TemplateTables, ARecordWithAWrongChecksumIsRefused) {
-    std::vector<std::string> signalled;
-    const auto previous = ErrorManager()->setSignalHandler(
-        [&](int code, const QString& text) { signalled.push_back(std::to_string(code) + " " + text.toStdString()); });
-    HwDatablockKelRfboAlcData source;
-    source.setNumberOfRows(4);
-    source.setValue(-77, 3, 9);
-    HwDatablockKelRfboAlcData block;
-    EXPECT_EQ(block.setBlock(source.getBlock()), 0);
-    EXPECT_EQ(block.getValue(3, 9), -77);
-    source.getBlock()->values[0][0] = 1;
-    EXPECT_EQ(block.setBlock(source.getBlock()), 1);
-    EXPECT_EQ(block.getValue(0, 0), 0);
-    ErrorManager()->setSignalHandler(previous);
-    EXPECT_EQ(signalled, std::vector<std::string>{"1040001 15731"});
-}
-
-TEST(TemplateTables, TemperatureDataTakesKeyAndOffset) {
+TEST(NamedTables, TemperatureDataTakesKeyAndOffset) {
     char key[] = "ANY_KEY";
     HwDatablockToviVectorLevconTempData block(key, 4, true);
     EXPECT_EQ(block.getId(), 15857);
     EXPECT_TRUE(block.getStopConversionOnError());
-    EXPECT_EQ(printed(block), "ID:  ANY_KEY\nCOUNT:  0*0\n\n");
+    EXPECT_EQ(textOf(block), "ID:  ANY_KEY\nCOUNT:  0*0\n\n");
 }
 
-TEST(TemplateTables, ConversionSkipsTheDunBlocks) {
+TEST(NamedTables, ConversionSkipsTheDunBlocks) {
     HwDatablockOldStyleInterpreter interpreter;
     for (const TableClass& table : classes) {
         const std::unique_ptr<HwDatablock> block = makeBlock(table.id);
         block->setChecksum(block->computeChecksum());
-        const std::vector<char> before(block->getData(), block->getData() + block->getBlockSize());
+        const std::string before = bytesOf(*block);
         EXPECT_EQ(interpreter.swapHwDatablock(HwDataFormatForeign, table.id, block.get()),
                   table.conversion == Convertible)
             << table.id;
         EXPECT_EQ(block->getDataFormatTyp(),
                   table.conversion == Convertible ? HwDataFormatForeign : HwDataFormatFirmware);
-        EXPECT_EQ(std::vector<char>(block->getData(), block->getData() + before.size()), before);
+        EXPECT_EQ(bytesOf(*block), before);
     }
 }
