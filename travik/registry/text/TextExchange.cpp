@@ -1,11 +1,13 @@
 #include <travik/datablock/TextWriter.h>
 #include <travik/registry/text/TextExchange.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <iostream>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <string>
@@ -113,7 +115,7 @@ private:
     std::string_view unread_; // of the chunk
 
     bool readChunk() {
-        const std::streamsize count = source_ ? source_->sgetn(chunk_.data(), chunk_.size()) : 0;
+        const std::streamsize count = source_ ? source_->sgetn(chunk_.data(), std::ssize(chunk_)) : 0;
         unread_ = {chunk_.data(), static_cast<std::size_t>(std::max<std::streamsize>(count, 0))};
         return !unread_.empty();
     }
@@ -343,7 +345,10 @@ std::vector<char> readExchangeText(std::istream& is, const ExchangeFormat& forma
 const ExchangeFormat* findExchangeFormat(std::istream& is, std::span<const ExchangeFormat* const> formats) {
     Lines lines(is);
     const ExchangeFormat* found = nullptr;
-    while (const auto line = found ? std::nullopt : lines.next()) {
+    while (!found) {
+        const auto line = lines.next();
+        if (!line)
+            break;
         if (line->find("ID:") == std::string_view::npos)
             continue;
         for (const ExchangeFormat* const format : formats) {
