@@ -117,7 +117,8 @@ public:
                                                    stopConversionOnError) {}
     /// Key name, identifier and scale factor as the description says.
     HwDatablockBaseTemplateIndex(const TableSpec& spec, bool stopConversionOnError)
-        : HwDatablockBaseTemplateIndex(spec.key, static_cast<unsigned int>(spec.id), 0, spec.scale, stopConversionOnError) {}
+        : HwDatablockBaseTemplateIndex(spec.key, static_cast<unsigned int>(spec.id), 0, spec.scale,
+                                       stopConversionOnError) {}
 };
 
 /// D descriptors of 16 characters, then a table as of the base template.
@@ -132,7 +133,8 @@ public:
                                                       stopConversionOnError) {}
     /// Key name, identifier and scale factor as the description says.
     HwDatablockBaseTemplateExtended(const TableSpec& spec, bool stopConversionOnError)
-        : HwDatablockBaseTemplateExtended(spec.key, static_cast<unsigned int>(spec.id), 0, spec.scale, stopConversionOnError) {}
+        : HwDatablockBaseTemplateExtended(spec.key, static_cast<unsigned int>(spec.id), 0, spec.scale,
+                                          stopConversionOnError) {}
 };
 
 /// As the base template, with row and column limits given at run time; printed unconverted with five decimals. RecordT
