@@ -39,5 +39,8 @@ std::unique_ptr<BareTable<N, M>> bareTable(int id) {
 
 std::vector<char> synthesizerLoop();
 std::vector<char> detectorBoard();
+std::vector<char> mainBoard();
+std::vector<char> dacBoard();
+std::vector<char> basebandInputBoard();
 
 } // namespace Samples

@@ -45,6 +45,9 @@ struct Sample {
 constexpr Sample samples[] = {
     {"synthesizer-loop.bin", synthesizerLoop},
     {"detector-board.bin", detectorBoard},
+    {"main-board.bin", mainBoard},
+    {"dac-board.bin", dacBoard},
+    {"baseband-input-board.bin", basebandInputBoard},
 };
 
 } // namespace
