@@ -41,5 +41,8 @@ std::vector<char> synthesizerLoop();
 std::vector<char> detectorBoard();
 std::vector<char> rfBoard();
 std::vector<char> vectorBoard();
+std::vector<char> mainBoard();
+std::vector<char> dacBoard();
+std::vector<char> basebandInputBoard();
 
 } // namespace Samples

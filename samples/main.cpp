@@ -47,6 +47,9 @@ constexpr Sample samples[] = {
     {"detector-board.bin", detectorBoard},
     {"rf-board.bin", rfBoard},
     {"vector-board.bin", vectorBoard},
+    {"main-board.bin", mainBoard},
+    {"dac-board.bin", dacBoard},
+    {"baseband-input-board.bin", basebandInputBoard},
 };
 
 } // namespace

@@ -20,4 +20,14 @@
 #include <travik/registry/text/TableTemplates.h>
 #include <travik/registry/text/TextExchange.h>
 #include <travik/registry/text/TextLayout.h>
+#include <travik/tables/AttenuatorDetectorTables.h>
+#include <travik/tables/BasebandInputTables.h>
+#include <travik/tables/CalibrationValues.h>
+#include <travik/tables/DacBoardTables.h>
+#include <travik/tables/ExternalLevelTables.h>
+#include <travik/tables/GainTables.h>
+#include <travik/tables/LimiterTables.h>
 #include <travik/tables/MainBoardUserTables.h>
+#include <travik/tables/RfPathTables.h>
+#include <travik/tables/WenAnalogTables.h>
+#include <travik/tables/WiqTables.h>

@@ -6,7 +6,17 @@
 #include <travik/registry/rfboard/DunTables.h>
 #include <travik/registry/rfboard/KelTables.h>
 #include <travik/registry/rfboard/ToviTables.h>
+#include <travik/tables/AttenuatorDetectorTables.h>
+#include <travik/tables/BasebandInputTables.h>
+#include <travik/tables/CalibrationValues.h>
+#include <travik/tables/DacBoardTables.h>
+#include <travik/tables/ExternalLevelTables.h>
+#include <travik/tables/GainTables.h>
+#include <travik/tables/LimiterTables.h>
 #include <travik/tables/MainBoardUserTables.h>
+#include <travik/tables/RfPathTables.h>
+#include <travik/tables/WenAnalogTables.h>
+#include <travik/tables/WiqTables.h>
 
 #include <algorithm>
 
@@ -29,13 +39,47 @@ std::unique_ptr<HwDatablock> levconTempData(const CatalogueEntry& entry, int id)
 constexpr auto axis = Role::Axis;
 constexpr auto value = Role::Value;
 
+/// Its key is its creator's choice; a block that is found in an image gets the usual one.
+std::unique_ptr<HwDatablock> rfImbalance(const CatalogueEntry& /*entry*/, int /*id*/) {
+    return std::make_unique<HwDatablockWenWiqRfImbalanceData>(HwDatablockWenWiqRfImbalanceData::table.key, 0, false);
+}
+
 constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockIdent>(2).convertible(),
     row<HwDatablockIdent>(10),
+    row<HwDatablockCwOp3AmGainFreq>(10500),
+    row<HwDatablockCwOp3AmGainData>(10501),
     bareTable<HwDatablockTemplateWithoutChecksum, unsigned char, 1, 2048>({11304, "POK_MWIF_SATT_COUNTER", 1.0}),
     flagged<HwDatablockSAttCTempFreq>(11305),
     flagged<HwDatablockSAttCTempGradient>(11306),
     flagged<HwDatablockSAttCTempOffset>(11307),
+    instances<HwDatablockMbrdExtLevCalDataFreq, true>(12050, 12053),
+    instances<HwDatablockMbrdExtLevCalData, true>(12060, 12063),
+    instances<HwDatablockMbrdExtLevCalDataFreq_Enh, true>(12070, 12071),
+    instances<HwDatablockMbrdExtLevCalData_Enh, true>(12080, 12081),
+    instances<HwDatablockMbrdExtLevCalDataFreq2Edition_Enh, true>(12090, 12091),
+    instances<HwDatablockMbrdExtLevCalData2Edition_Enh, true, 13012>(12095, 12096),
+    instances<HwDatablockMbrdIqImbalanceRfFreq, true>(12100, 12103),
+    instances<HwDatablockMbrdIqImbalanceRfEvenAmp, true>(12110, 12113),
+    instances<HwDatablockMbrdIqImbalanceRfEvenPh, true>(12120, 12123),
+    instances<HwDatablockMbrdIqImbalanceRfOddAmp, true>(12130, 12133),
+    instances<HwDatablockMbrdIqImbalanceRfOddPh, true>(12140, 12143),
+    instances<HwDatablockMbrdExtLevCalDataFreq2Edition, true>(12150, 12153),
+    instances<HwDatablockMbrdExtLevCalData2Edition, true>(12160, 12163),
+    instances<HwDatablockAttCalDataFreq2Edition, true>(12170, 12173),
+    instances<HwDatablockAttCalData2Edition, true>(12180, 12183),
+    instances<HwDatablockCwop3DetTuneFreq, true>(12190, 12193),
+    instances<HwDatablockCwop3DetTuneDac, true>(12200, 12203),
+    instances<HwDatablockMbrdRfResponseLpFreq, true>(12210, 12213),
+    instances<HwDatablockMbrdRfResponseIoPepInfo, true>(12220, 12223),
+    instances<HwDatablockMbrdRfResponseLpAmp, true>(12230, 12233),
+    instances<HwDatablockMbrdRfResponseLpPh, true>(12240, 12243),
+    instances<HwDatablockMbrdRfResponseBbFreq, true>(12250, 12253),
+    instances<HwDatablockMbrdRfResponseAttFreq, true>(12260, 12263),
+    instances<HwDatablockMbrdRfResponseAttAmpl, true>(12270, 12273),
+    row<HwDatablockOrbMbrdPllDacCalibValue>(12280),
+    instances<HwDatablockCwopDetLinCorrFreq, true>(12290, 12291),
+    instances<HwDatablockCwopDetLinCorrData, true>(12292, 12293),
     table<int, 200, 1>({12300, "LOOPGAIN_FREQ", 0.01, "", axis}),
     table<int, 1, 200>({12301, "LOOPGAIN_PK", 1000.0, "", value, 0, -1}),
     table<int, 1, 200>({12302, "LOOPGAIN_P_VALUE_BASE_PK", 1000.0, "", value, 0, -2}),
@@ -51,12 +95,35 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     table<int, 100, 1>({12313, "LIMITER_MAX_VOLTAGE", 0.00001}),
     table<int, 100, 1>({12314, "LIMITER_MAX_VOLTAGE", 100000.0}),
     table<int, 100, 1>({12315, "LIMITER_MAX_VOLTAGE_PUM_ON", 0.00001}),
+    row<HwDatablockDacIfFullScale>(12500),
+    flagged<HwDatablockBbinsCompFilterTabsI>(13000),
+    flagged<HwDatablockBbinsCompFilterTabsQ>(13050),
+    flagged<HwDatablockBbinsUncalibratedFirAmplitudeI>(13100),
+    flagged<HwDatablockBbinsUncalibratedFirPhiI>(13101),
+    flagged<HwDatablockBbinsUncalibratedFirAmplitudeQ>(13102),
+    flagged<HwDatablockBbinsUncalibratedFirPhiQ>(13103),
+    flagged<HwDatablockDacbFrequencyCompFreq>(13500),
+    flagged<HwDatablockDacbFrequencyCompAmp>(13600),
+    flagged<HwDatablockDacbFrequencyCompPh>(13700),
+    flagged<HwDatablockDacbFrequencyCompDt>(13800),
+    flagged<HwDatablockDacbIqImbalanceFreq>(13900),
+    flagged<HwDatablockDacbIqImbalanceAmp>(14000),
+    flagged<HwDatablockDacbIqImbalancePh>(14100),
+    flagged<HwDatablockDacbIqImbalanceSwapAmp>(14200),
+    flagged<HwDatablockDacbIqImbalanceSwapPh>(14300),
+    flagged<HwDatablockDacbFrequencyCompAmpRear>(14400),
+    flagged<HwDatablockDacbFrequencyCompPhRear>(14500),
+    flagged<HwDatablockDacbFrequencyCompDtRear>(14600),
+    flagged<HwDatablockDacbIqImbalanceRearAmp>(14700),
+    flagged<HwDatablockDacbIqImbalanceRearPh>(14800),
     row<HwDatablockMbrdIqInputA>(14801),
     row<HwDatablockMbrdIqInputB>(14802),
     row<HwDatablockMbrdExtCalUserFreqA>(14803),
     row<HwDatablockMbrdExtCalUserFreqB>(14804),
     row<HwDatablockMbrdExtCalUserDataA>(14805),
     row<HwDatablockMbrdExtCalUserDataB>(14806),
+    row<HwDatablockDetLimiterMaxVoltFreq>(15020),
+    row<HwDatablockDetLimiterMaxVoltData>(15021),
     table<int, 10, 1>({15022, "POK_TEMPERATURE", 100.0, "", axis}),
     table<int, 10, 1>({15023, "POK_TEMPCORR_LEVEL", 0.01, "", value, -1, 0}),
     table<int, 1, 1>({15024, "DET_DIFF_TEMPERATURE", 100.0}),
@@ -65,6 +132,18 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     table<int, 10, 10>({15027, "DET_TEMPCORR_MIN_FREQ_VALUES", 100.0}),
     table<int, 10, 10>({15028, "DET_TEMPCORR_MAX_FREQ_VALUES", 100.0}),
     instances<HwWenDatablockAnalogOutputCalibration, false>(15500, 15501).unregistered(),
+    row<HwDatablockWENDelay>(15504).unregistered(),
+    row<HwDatablockWenAnalogImbalanceFreq>(15600).unregistered(),
+    row<HwDatablockWenAnalogImbalanceGainI>(15601).unregistered(),
+    row<HwDatablockWenAnalogImbalanceGainQ>(15602).unregistered(),
+    row<HwDatablockWenAnalogImbalancePhI>(15603).unregistered(),
+    row<HwDatablockWenAnalogImbalancePhQ>(15604).unregistered(),
+    row<HwDatablockWenBaseboardCalibValue>(15605).unregistered(),
+    rows<HwDatablockWenWiqRfImbalanceData>(15606, 15606, rfImbalance).unregistered(),
+    row<HwDatablockWenWiqSensorData>(15648).unregistered(),
+    row<HwDatablockWenWIQQuadDac>(15649).unregistered(),
+    row<HwDatablockAduLevCoarseCalibData>(15650),
+    row<HwDatablockAduGainOffsetCalData>(15652),
     row<HwDatablockStereocoderCo>(15690).convertible(),
     row<HwDatablockKelRfboExtInGain>(15700).convertible(),
     row<HwDatablockKelRfboExtInOffset>(15701).convertible(),

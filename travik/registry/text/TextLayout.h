@@ -3,7 +3,7 @@
 #include <travik/datablock/TextWriter.h>
 
 #include <algorithm>
-#include <initializer_list>
+#include <array>
 #include <span>
 #include <string_view>
 
@@ -13,6 +13,10 @@ namespace Travik {
 
 /// Lines of a text that stand in static storage.
 using Lines = std::span<const std::string_view>;
+
+/// Such lines, written where they are used: `lines<"# Das ist", "# für alle">`.
+template <detail::Latin1Literal... Texts>
+inline constexpr std::array<std::string_view, sizeof...(Texts)> lines{detail::latin1Storage<Texts>.view()...};
 
 /// The head of a block's text: comment lines, the identification line, and for most tables the count line.
 struct HeadLayout {

@@ -1,0 +1,31 @@
+#include <travik/tables/WiqTables.h>
+
+namespace Travik {
+
+constinit const PlainTable HwSDatablockWenWIQQuadDac::table = {{15649, "HwDatablockWenWiqQuadDacData", {}}, {}};
+constinit const PlainTable HwSDatablockWenWiqSensorData::table = {{15648, "HwDatablockWenWiqSensorData", {}}, {}};
+
+int HwDatablockWenWIQQuadDac::setWenWiqQuadDacData(double* values) {
+    putVector<&Record::values>(values);
+    refreshChecksum();
+    return 0;
+}
+
+void HwDatablockWenWIQQuadDac::getWenWiqQuadDacData(double* values, bool& valid) {
+    valid = verifyChecksum();
+    getVector<&Record::values>(values);
+}
+
+void HwDatablockWenWiqSensorData::setWenWiqSensorData(double* first, double* second) {
+    putVector<&Record::first>(first);
+    putVector<&Record::second>(second);
+    refreshChecksum();
+}
+
+void HwDatablockWenWiqSensorData::getWenWiqSensorData(double* first, double* second, bool& valid) {
+    valid = verifyChecksum();
+    getVector<&Record::first>(first);
+    getVector<&Record::second>(second);
+}
+
+} // namespace Travik
