@@ -6,7 +6,7 @@
 namespace Travik {
 
 /// A block that, besides records with a right checksum, takes over an empty one: the class's identifier, all other
-/// header words and all values zero, as a module carries it that was never calibrated.
+/// header words and all values zero.
 template <class Block>
 class EmptyRecordBlock : public Block {
 public:
@@ -50,7 +50,7 @@ struct HwSAduGainOffsetCalData {
     friend bool operator==(const HwSAduGainOffsetCalData&, const HwSAduGainOffsetCalData&) = default;
 };
 
-/// What the CW output board adds to its gain at one frequency point.
+/// Gains at one frequency point.
 struct HwSCwOp3AmGainDataBlock {
     short cwGain;
     short amGain;
