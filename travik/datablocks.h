@@ -8,6 +8,7 @@
 #include <travik/datablock/HwDatablock.h>
 #include <travik/datablock/Ident.h>
 #include <travik/datablock/ModuleTypes.h>
+#include <travik/datablock/PackedDate.h>
 #include <travik/modules/StepAttenuatorTemperature.h>
 #include <travik/platform/Debug.h>
 #include <travik/platform/ErrorManager.h>
