@@ -12,6 +12,10 @@
 #include <travik/modules/StepAttenuatorTemperature.h>
 #include <travik/platform/Debug.h>
 #include <travik/platform/ErrorManager.h>
+#include <travik/records/IdentityRecords.h>
+#include <travik/records/ServiceRecords.h>
+#include <travik/records/StatisticsRecords.h>
+#include <travik/records/WearCounters.h>
 #include <travik/registry/Catalogue.h>
 #include <travik/registry/Interpreter.h>
 #include <travik/registry/ModuleImage.h>
