@@ -19,6 +19,7 @@
 #include <travik/registry/Catalogue.h>
 #include <travik/registry/Interpreter.h>
 #include <travik/registry/ModuleImage.h>
+#include <travik/registry/ModuleInfo.h>
 #include <travik/registry/rfboard/DunTables.h>
 #include <travik/registry/rfboard/KelTables.h>
 #include <travik/registry/rfboard/ToviTables.h>
