@@ -44,5 +44,6 @@ std::vector<char> vectorBoard();
 std::vector<char> mainBoard();
 std::vector<char> dacBoard();
 std::vector<char> basebandInputBoard();
+std::vector<char> stepAttenuator();
 
 } // namespace Samples

@@ -50,6 +50,7 @@ constexpr Sample samples[] = {
     {"main-board.bin", mainBoard},
     {"dac-board.bin", dacBoard},
     {"baseband-input-board.bin", basebandInputBoard},
+    {"step-attenuator.bin", stepAttenuator},
 };
 
 } // namespace

@@ -68,7 +68,7 @@ inline bool storeText(std::span<char> image, std::size_t offset, std::size_t len
 /// and may overlap the image.
 inline void storeElements(std::span<char> image, std::size_t offset, const void* source, std::size_t length,
                           std::size_t width) noexcept {
-    if (offset >= image.size() || width == 0)
+    if (offset >= image.size() || width == 0 || length < width) // without a whole element there may be no source
         return;
     const std::size_t room = std::min(length, image.size() - offset);
     std::memmove(image.data() + offset, source, room - room % width);

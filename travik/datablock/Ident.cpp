@@ -35,10 +35,7 @@ void IdentBlock::printIdentity(TextWriter& out, std::string_view behindName) con
     out << "PRODUCTINDEX:    ";
     printTwoGroups(out, getProductIndex());
     (out << "SN:              " << getSerialNumber()).endLine();
-    const unsigned int date = getProductDate();
-    out << "PRODUCTDATE:     " << (date >> 9U) + 1980 << '-';
-    out.zeroFilled((date >> 5U) & 15U, 2) << '-';
-    out.zeroFilled(date & 31U, 2).endLine();
+    (out << "PRODUCTDATE:     ").date(getProductDate()).endLine();
     (out << "READCODE:        " << getReadCode()).endLine();
     out << "TESTINSTRUCTION: ";
     printTwoGroups(out, getTestInstruction());

@@ -105,6 +105,31 @@ protected:
             refreshChecksum();
     }
 
+    /// An array of bytes, for reading: where it lies in the buffer, or zeros where it does not lie there wholly.
+    template <auto Member>
+    const detail::ElementType<Member>* getBytes() const {
+        using Element = detail::ElementType<Member>;
+        static_assert(sizeof(Element) == 1);
+        static constexpr detail::MemberType<Member> zeros{};
+        constexpr std::size_t length = sizeof zeros;
+        const std::size_t offset = detail::memberOffset<Member>();
+        return bytes::inside(image().size(), offset, length) ? reinterpret_cast<const Element*>(image().data() + offset)
+                                                             : zeros;
+    }
+
+    /// Overwrites the first `length` bytes of an array of bytes, at most all of it. The source may lie in the buffer.
+    /// False, and nothing done, where the array does not lie wholly in the buffer.
+    template <auto Member>
+    bool putBytes(const void* source, std::size_t length) {
+        constexpr std::size_t capacity = sizeof(detail::MemberType<Member>);
+        static_assert(sizeof(detail::ElementType<Member>) == 1);
+        const std::size_t offset = detail::memberOffset<Member>();
+        if (!bytes::inside(image().size(), offset, capacity))
+            return false;
+        bytes::storeElements(image(), offset, source, std::min(length, capacity), 1);
+        return true;
+    }
+
     /// Whether a caller's record sums to 0.
     bool verifyRecord(const Record* record) {
         return verifyChecksum(reinterpret_cast<unsigned short*>(const_cast<Record*>(record)), recordSize, true);

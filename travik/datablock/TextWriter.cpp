@@ -1,4 +1,5 @@
 #include <travik/datablock/DigitKernels.h>
+#include <travik/datablock/PackedDate.h>
 #include <travik/datablock/TextWriter.h>
 
 #include <algorithm>
@@ -129,6 +130,13 @@ TextWriter& TextWriter::zeroFilled(unsigned int value, unsigned int digits) {
 TextWriter& TextWriter::rightAligned(unsigned int value, unsigned int width) {
     padded(value, width, ' ');
     return *this;
+}
+
+TextWriter& TextWriter::date(unsigned short packed) {
+    const std::chrono::year_month_day day = unpackDate(packed);
+    *this << int{day.year()} << '-';
+    zeroFilled(unsigned{day.month()}, 2) << '-';
+    return zeroFilled(unsigned{day.day()}, 2);
 }
 
 TextWriter& TextWriter::fixed(double value, unsigned int decimals, unsigned int width) {

@@ -41,6 +41,8 @@ public:
     TextWriter& zeroFilled(unsigned int value, unsigned int digits);
     /// At least `width` characters, right-aligned with blanks.
     TextWriter& rightAligned(unsigned int value, unsigned int width);
+    /// A packed date as year-month-day, whether there is such a day or not.
+    TextWriter& date(unsigned short packed);
     /// As printf's "%<width>.<decimals>f".
     TextWriter& fixed(double value, unsigned int decimals, unsigned int width = 0);
     /// In the stream's current floating format, whatever its width.

@@ -2,6 +2,10 @@
 #include <travik/datablock/End.h>
 #include <travik/datablock/Ident.h>
 #include <travik/modules/StepAttenuatorTemperature.h>
+#include <travik/records/IdentityRecords.h>
+#include <travik/records/ServiceRecords.h>
+#include <travik/records/StatisticsRecords.h>
+#include <travik/records/WearCounters.h>
 #include <travik/registry/CatalogueRows.h>
 #include <travik/registry/rfboard/DunTables.h>
 #include <travik/registry/rfboard/KelTables.h>
@@ -47,12 +51,26 @@ std::unique_ptr<HwDatablock> rfImbalance(const CatalogueEntry& /*entry*/, int /*
 constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockIdent>(2).convertible(),
     row<HwDatablockIdent>(10),
+    row<HwDatablockModification>(100).convertible(),
+    identified<HwDatablockServiceData>(200, 209).convertible(),
+    identified<HwDatablockServiceData>(299, 299),
+    row<HwDatablockStatistic>(300).convertible(),
     row<HwDatablockCwOp3AmGainFreq>(10500),
     row<HwDatablockCwOp3AmGainData>(10501),
+    row<HwDatablockCwop6VcoIdent>(10502),
+    identified<HwDatablockMiscIdent>(10503, 10504),
+    instances<HwDatablockSAtt3OWLDCounter>(10604, 10605),
+    instances<HwDatablockSAtt6OWLDCounter>(11203, 11204),
+    identified<HwDatablockSAttCCounter>(11300, 11303),
     bareTable<HwDatablockTemplateWithoutChecksum, unsigned char, 1, 2048>({11304, "POK_MWIF_SATT_COUNTER", 1.0}),
     flagged<HwDatablockSAttCTempFreq>(11305),
     flagged<HwDatablockSAttCTempGradient>(11306),
     flagged<HwDatablockSAttCTempOffset>(11307),
+    identified<HwDatablockCommonStatisticData>(11310, 11313).convertible(),
+    row<HwDatablockMbrdSerialNumber>(12000).convertible(),
+    row<HwDatablockMbrdModel>(12001).convertible(),
+    row<HwDatablockMbrdMac>(12004),
+    row<HwDatablockMbrdTimeMonitoringData>(12008),
     instances<HwDatablockMbrdExtLevCalDataFreq, true>(12050, 12053),
     instances<HwDatablockMbrdExtLevCalData, true>(12060, 12063),
     instances<HwDatablockMbrdExtLevCalDataFreq_Enh, true>(12070, 12071),
