@@ -43,6 +43,8 @@ public:
     TextWriter& rightAligned(unsigned int value, unsigned int width);
     /// As printf's "%.<decimals>f".
     TextWriter& fixed(double value, unsigned int decimals);
+    /// In the floating format that a new stream has: printf's "%g", six significant digits.
+    TextWriter& general(double value);
     /// In the stream's current floating format, whatever its width.
     TextWriter& current(double value);
     TextWriter& current(long double value);
