@@ -8,6 +8,8 @@
 #include <travik/datablock/HwDatablock.h>
 #include <travik/datablock/Ident.h>
 #include <travik/datablock/ModuleTypes.h>
+#include <travik/modules/IqModulatorTables.h>
+#include <travik/modules/IqModulatorTablesV20.h>
 #include <travik/platform/Debug.h>
 #include <travik/platform/ErrorManager.h>
 #include <travik/registry/Catalogue.h>

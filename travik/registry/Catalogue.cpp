@@ -1,6 +1,8 @@
 #include <travik/datablock/AnalogOutputCalibration.h>
 #include <travik/datablock/End.h>
 #include <travik/datablock/Ident.h>
+#include <travik/modules/IqModulatorTables.h>
+#include <travik/modules/IqModulatorTablesV20.h>
 #include <travik/registry/CatalogueRows.h>
 
 #include <algorithm>
@@ -22,6 +24,12 @@ constexpr auto value = Role::Value;
 constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockIdent>(2).convertible(),
     row<HwDatablockIdent>(10),
+    row<HwDatablockIqOp3RfmHarmonic>(10300),
+    row<HwDatablockIqOp3RfmCalibDataMisc>(10301),
+    row<HwDatablockIqOp3RfmCalibDataFreq>(10302),
+    row<HwDatablockIqOp3RfmCalibData>(10303, 10314),
+    row<HwDatablockIqOp3RfmCalibDataMiscV20>(10315),
+    row<HwDatablockIqOp3RfmCalibDataV20>(10316),
     bareTable<HwDatablockTemplateWithoutChecksum, unsigned char, 1, 2048>({11304, "POK_MWIF_SATT_COUNTER", 1.0}),
     table<int, 200, 1>({12300, "LOOPGAIN_FREQ", 0.01, "", axis}),
     table<int, 1, 200>({12301, "LOOPGAIN_PK", 1000.0, "", value, 0, -1}),
