@@ -3,6 +3,11 @@
 #include <travik/datablock/Ident.h>
 #include <travik/modules/IqModulatorTables.h>
 #include <travik/modules/IqModulatorTablesV20.h>
+#include <travik/modules/IqOp6Tables.h>
+#include <travik/modules/MicrowaveTables.h>
+#include <travik/modules/OutputUnit.h>
+#include <travik/modules/ReferenceOscillators.h>
+#include <travik/modules/StepAttenuators.h>
 #include <travik/registry/CatalogueRows.h>
 
 #include <algorithm>
@@ -24,13 +29,34 @@ constexpr auto value = Role::Value;
 constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockIdent>(2).convertible(),
     row<HwDatablockIdent>(10),
+    row<HwDatablockSsynOcxoRefCalValue>(10000),
+    row<HwDatablockSsynOpuDblCoefficient>(10001),
+    row<HwDatablockSsynOpuLevelFreq>(10002),
+    row<HwDatablockSsynOpuLevel>(10003),
     row<HwDatablockIqOp3RfmHarmonic>(10300),
     row<HwDatablockIqOp3RfmCalibDataMisc>(10301),
     row<HwDatablockIqOp3RfmCalibDataFreq>(10302),
     row<HwDatablockIqOp3RfmCalibData>(10303, 10314),
     row<HwDatablockIqOp3RfmCalibDataMiscV20>(10315),
     row<HwDatablockIqOp3RfmCalibDataV20>(10316),
+    row<HwDatablockSAtt3CalibDataFreq>(10601),
+    row<HwDatablockSAtt3CalibDataAtt>(10602),
+    row<HwDatablockSAtt3CalibDataTemp>(10603),
+    row<HwDatablockIqOp6PmaxBz>(10900),
+    row<HwDatablockIqOp6CalibDataFreq>(10901),
+    row<HwDatablockIqOp6CalibData>(10902),
+    row<HwDatablockSAtt6CalibDataAtt>(11001),
+    row<HwDatablockSAtt6CalibDataFreq>(11200),
+    row<HwDatablockSAtt6CalibDataTemp>(11202),
     bareTable<HwDatablockTemplateWithoutChecksum, unsigned char, 1, 2048>({11304, "POK_MWIF_SATT_COUNTER", 1.0}),
+    flagged<HwDatablockPokMwIfExtLevCalDataFreq>(12040),
+    flagged<HwDatablockPokMwIfExtLevCalData>(12041),
+    flagged<HwDatablockPokMwIfExtLevCalDataAbsCorr>(12042),
+    flagged<HwDatablockPokMwIfExtLevCalDataRelCorr>(12043),
+    flagged<HwDatablockPokAttCalDatFreq>(12044),
+    flagged<HwDatablockPokAttCalDat>(12045),
+    flagged<HwDatablockPokAttCalDatFreqSe>(12046),
+    flagged<HwDatablockPokAttCalDatSe>(12047),
     table<int, 200, 1>({12300, "LOOPGAIN_FREQ", 0.01, "", axis}),
     table<int, 1, 200>({12301, "LOOPGAIN_PK", 1000.0, "", value, 0, -1}),
     table<int, 1, 200>({12302, "LOOPGAIN_P_VALUE_BASE_PK", 1000.0, "", value, 0, -2}),
@@ -46,6 +72,9 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     table<int, 100, 1>({12313, "LIMITER_MAX_VOLTAGE", 0.00001}),
     table<int, 100, 1>({12314, "LIMITER_MAX_VOLTAGE", 100000.0}),
     table<int, 100, 1>({12315, "LIMITER_MAX_VOLTAGE_PUM_ON", 0.00001}),
+    row<HwDatablockSynexOcxoRefCalValue>(15000),
+    row<HwDatablockFsynTcxoRefCalValue>(15001),
+    row<HwDatablockPokOcxoRefCalValue>(15002),
     table<int, 10, 1>({15022, "POK_TEMPERATURE", 100.0, "", axis}),
     table<int, 10, 1>({15023, "POK_TEMPCORR_LEVEL", 0.01, "", value, -1, 0}),
     table<int, 1, 1>({15024, "DET_DIFF_TEMPERATURE", 100.0}),
