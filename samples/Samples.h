@@ -39,5 +39,10 @@ std::unique_ptr<BareTable<N, M>> bareTable(int id) {
 
 std::vector<char> synthesizerLoop();
 std::vector<char> detectorBoard();
+std::vector<char> iqModulator();
+std::vector<char> iqModulatorV20();
+std::vector<char> iqOp6Board();
+std::vector<char> microwaveModule();
+std::vector<char> synthesizer();
 
 } // namespace Samples

@@ -45,6 +45,11 @@ struct Sample {
 constexpr Sample samples[] = {
     {"synthesizer-loop.bin", synthesizerLoop},
     {"detector-board.bin", detectorBoard},
+    {"iq-modulator.bin", iqModulator},
+    {"iq-modulator-v20.bin", iqModulatorV20},
+    {"iqop6-board.bin", iqOp6Board},
+    {"microwave-module.bin", microwaveModule},
+    {"synthesizer.bin", synthesizer},
 };
 
 } // namespace
