@@ -45,5 +45,10 @@ std::vector<char> mainBoard();
 std::vector<char> dacBoard();
 std::vector<char> basebandInputBoard();
 std::vector<char> stepAttenuator();
+std::vector<char> iqModulator();
+std::vector<char> iqModulatorV20();
+std::vector<char> iqOp6Board();
+std::vector<char> microwaveModule();
+std::vector<char> synthesizer();
 
 } // namespace Samples

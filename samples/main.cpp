@@ -51,6 +51,11 @@ constexpr Sample samples[] = {
     {"dac-board.bin", dacBoard},
     {"baseband-input-board.bin", basebandInputBoard},
     {"step-attenuator.bin", stepAttenuator},
+    {"iq-modulator.bin", iqModulator},
+    {"iq-modulator-v20.bin", iqModulatorV20},
+    {"iqop6-board.bin", iqOp6Board},
+    {"microwave-module.bin", microwaveModule},
+    {"synthesizer.bin", synthesizer},
 };
 
 } // namespace

@@ -61,6 +61,31 @@ TEST(TextWriter, FixedAgreesWithPrintf) {
     }
 }
 
+TEST(TextWriter, GeneralIsAFreshStreamsFormat) {
+    std::vector<double> values{0.0,
+                               -0.0,
+                               1e-5,
+                               123456,
+                               999999.5,
+                               1e6,
+                               -std::numeric_limits<double>::infinity(),
+                               -std::numeric_limits<double>::quiet_NaN(),
+                               std::numeric_limits<double>::denorm_min()};
+    std::mt19937_64 random(2);
+    for (int i = 0; i < 5000; ++i) {
+        values.push_back(std::bit_cast<double>(random()));
+        values.push_back(static_cast<double>(static_cast<int>(random())) * 0.001);
+    }
+    for (const double value : values) {
+        std::ostringstream os;
+        std::ostringstream fresh;
+        os << std::scientific << std::showpos;
+        TextWriter(os).general(value);
+        fresh << value;
+        ASSERT_EQ(os.str(), fresh.str());
+    }
+}
+
 TEST(TextWriter, LeavesTheStreamsStateOutOfIt) {
     std::ostringstream os;
     os << std::hex << std::showbase << std::showpos << std::scientific;

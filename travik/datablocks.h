@@ -10,6 +10,13 @@
 #include <travik/datablock/ModuleTypes.h>
 #include <travik/datablock/PackedDate.h>
 #include <travik/modules/StepAttenuatorTemperature.h>
+#include <travik/modules/IqModulatorTables.h>
+#include <travik/modules/IqModulatorTablesV20.h>
+#include <travik/modules/IqOp6Tables.h>
+#include <travik/modules/MicrowaveTables.h>
+#include <travik/modules/OutputUnit.h>
+#include <travik/modules/ReferenceOscillators.h>
+#include <travik/modules/StepAttenuators.h>
 #include <travik/platform/Debug.h>
 #include <travik/platform/ErrorManager.h>
 #include <travik/records/IdentityRecords.h>

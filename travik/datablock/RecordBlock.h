@@ -68,6 +68,13 @@ protected:
         return offset ? bytes::load<detail::ElementType<Member>>(image(), *offset) : detail::ElementType<Member>{};
     }
 
+    /// Whether the element is in range and lies in the buffer.
+    template <auto Member, class... Index>
+    bool holds(Index... indices) const {
+        const auto offset = offsetOf<Member>(indices...);
+        return offset && bytes::inside(image().size(), *offset, sizeof(detail::ElementType<Member>));
+    }
+
     /// Stores the element; false, and nothing done, out of range.
     template <auto Member, class... Index>
     bool put(const detail::ElementType<Member>& value, Index... indices) {
@@ -172,15 +179,21 @@ protected:
             signalError(DownloadDenied, errorName);
             return 1;
         }
+        return accept(record, alignment, adapt);
+    }
+    int takeOver(const Record* record, const char* errorName, unsigned short alignment = 0) {
+        return takeOver(record, errorName, alignment, [] {});
+    }
+
+    /// The second half of a take-over, for a class with a rule of its own about which records are good. Returns 0.
+    template <class Adapt>
+    int accept(const Record* record, unsigned short alignment, Adapt adapt) {
         const HwSDatablockHeader header = headerOf(record);
         storeHeader(header.id, recordSize, alignment);
         copyFields(record);
         adapt();
         setChecksum(header.checksum);
         return 0;
-    }
-    int takeOver(const Record* record, const char* errorName, unsigned short alignment = 0) {
-        return takeOver(record, errorName, alignment, [] {});
     }
 
     /// Re-stores the block from a record of the other byte order, unchecked; size and checksum words are the record's.

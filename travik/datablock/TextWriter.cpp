@@ -22,6 +22,7 @@ using detail::eightDigits;
 using detail::hundredMillion;
 
 constexpr std::size_t initialCapacity = 1024;
+constexpr std::size_t longestGeneral = 16; // of six digits: "-1.23456e-308"
 
 constexpr std::array<double, 11> powersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
 constexpr std::array<std::uint64_t, 11> integerPowersOfTen = [] {
@@ -148,6 +149,13 @@ TextWriter& TextWriter::fixed(double value, unsigned int decimals, unsigned int 
         end = begin + width;
     }
     commit(end);
+    return *this;
+}
+
+TextWriter& TextWriter::general(double value) {
+    char* const begin = room(longestGeneral);
+    const char* const end = std::to_chars(begin, begin + longestGeneral, value, std::chars_format::general, 6).ptr;
+    used_ += static_cast<std::size_t>(end - begin);
     return *this;
 }
 

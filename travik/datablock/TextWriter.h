@@ -45,6 +45,8 @@ public:
     TextWriter& date(unsigned short packed);
     /// As printf's "%<width>.<decimals>f".
     TextWriter& fixed(double value, unsigned int decimals, unsigned int width = 0);
+    /// In the floating format that a new stream has: printf's "%g", six significant digits.
+    TextWriter& general(double value);
     /// In the stream's current floating format, whatever its width.
     TextWriter& current(double value);
     TextWriter& current(long double value);

@@ -1,7 +1,14 @@
 #include <travik/datablock/AnalogOutputCalibration.h>
 #include <travik/datablock/End.h>
 #include <travik/datablock/Ident.h>
+#include <travik/modules/IqModulatorTables.h>
+#include <travik/modules/IqModulatorTablesV20.h>
+#include <travik/modules/IqOp6Tables.h>
+#include <travik/modules/MicrowaveTables.h>
+#include <travik/modules/OutputUnit.h>
+#include <travik/modules/ReferenceOscillators.h>
 #include <travik/modules/StepAttenuatorTemperature.h>
+#include <travik/modules/StepAttenuators.h>
 #include <travik/records/IdentityRecords.h>
 #include <travik/records/ServiceRecords.h>
 #include <travik/records/StatisticsRecords.h>
@@ -55,11 +62,30 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     identified<HwDatablockServiceData>(200, 209).convertible(),
     identified<HwDatablockServiceData>(299, 299),
     row<HwDatablockStatistic>(300).convertible(),
+    row<HwDatablockSsynOcxoRefCalValue>(10000),
+    row<HwDatablockSsynOpuDblCoefficient>(10001),
+    row<HwDatablockSsynOpuLevelFreq>(10002),
+    row<HwDatablockSsynOpuLevel>(10003),
+    row<HwDatablockIqOp3RfmHarmonic>(10300),
+    row<HwDatablockIqOp3RfmCalibDataMisc>(10301),
+    row<HwDatablockIqOp3RfmCalibDataFreq>(10302),
+    row<HwDatablockIqOp3RfmCalibData>(10303, 10314),
+    row<HwDatablockIqOp3RfmCalibDataMiscV20>(10315),
+    row<HwDatablockIqOp3RfmCalibDataV20>(10316),
     row<HwDatablockCwOp3AmGainFreq>(10500),
     row<HwDatablockCwOp3AmGainData>(10501),
     row<HwDatablockCwop6VcoIdent>(10502),
     identified<HwDatablockMiscIdent>(10503, 10504),
+    row<HwDatablockSAtt3CalibDataFreq>(10601),
+    row<HwDatablockSAtt3CalibDataAtt>(10602),
+    row<HwDatablockSAtt3CalibDataTemp>(10603),
     instances<HwDatablockSAtt3OWLDCounter>(10604, 10605),
+    row<HwDatablockIqOp6PmaxBz>(10900),
+    row<HwDatablockIqOp6CalibDataFreq>(10901),
+    row<HwDatablockIqOp6CalibData>(10902),
+    row<HwDatablockSAtt6CalibDataAtt>(11001),
+    row<HwDatablockSAtt6CalibDataFreq>(11200),
+    row<HwDatablockSAtt6CalibDataTemp>(11202),
     instances<HwDatablockSAtt6OWLDCounter>(11203, 11204),
     identified<HwDatablockSAttCCounter>(11300, 11303),
     bareTable<HwDatablockTemplateWithoutChecksum, unsigned char, 1, 2048>({11304, "POK_MWIF_SATT_COUNTER", 1.0}),
@@ -71,6 +97,14 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockMbrdModel>(12001).convertible(),
     row<HwDatablockMbrdMac>(12004),
     row<HwDatablockMbrdTimeMonitoringData>(12008),
+    flagged<HwDatablockPokMwIfExtLevCalDataFreq>(12040),
+    flagged<HwDatablockPokMwIfExtLevCalData>(12041),
+    flagged<HwDatablockPokMwIfExtLevCalDataAbsCorr>(12042),
+    flagged<HwDatablockPokMwIfExtLevCalDataRelCorr>(12043),
+    flagged<HwDatablockPokAttCalDatFreq>(12044),
+    flagged<HwDatablockPokAttCalDat>(12045),
+    flagged<HwDatablockPokAttCalDatFreqSe>(12046),
+    flagged<HwDatablockPokAttCalDatSe>(12047),
     instances<HwDatablockMbrdExtLevCalDataFreq, true>(12050, 12053),
     instances<HwDatablockMbrdExtLevCalData, true>(12060, 12063),
     instances<HwDatablockMbrdExtLevCalDataFreq_Enh, true>(12070, 12071),
@@ -140,6 +174,9 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockMbrdExtCalUserFreqB>(14804),
     row<HwDatablockMbrdExtCalUserDataA>(14805),
     row<HwDatablockMbrdExtCalUserDataB>(14806),
+    row<HwDatablockSynexOcxoRefCalValue>(15000),
+    row<HwDatablockFsynTcxoRefCalValue>(15001),
+    row<HwDatablockPokOcxoRefCalValue>(15002),
     row<HwDatablockDetLimiterMaxVoltFreq>(15020),
     row<HwDatablockDetLimiterMaxVoltData>(15021),
     table<int, 10, 1>({15022, "POK_TEMPERATURE", 100.0, "", axis}),
