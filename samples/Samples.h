@@ -39,5 +39,6 @@ std::unique_ptr<BareTable<N, M>> bareTable(int id) {
 
 std::vector<char> synthesizerLoop();
 std::vector<char> detectorBoard();
+std::vector<char> secondEdition();
 
 } // namespace Samples

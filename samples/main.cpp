@@ -45,6 +45,7 @@ struct Sample {
 constexpr Sample samples[] = {
     {"synthesizer-loop.bin", synthesizerLoop},
     {"detector-board.bin", detectorBoard},
+    {"second-edition.bin", secondEdition},
 };
 
 } // namespace

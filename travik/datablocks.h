@@ -15,3 +15,6 @@
 #include <travik/registry/ModuleImage.h>
 #include <travik/registry/text/TableTemplates.h>
 #include <travik/registry/text/TextLayout.h>
+#include <travik/tables/ElementTypes.h>
+#include <travik/tables/SecondEdition.h>
+#include <travik/tables/SecondEditionBuilder.h>

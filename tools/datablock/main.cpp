@@ -13,7 +13,7 @@ int runTool(int argc, char** argv) {
                "2 the call or a file could not be used.");
 
     std::vector<std::unique_ptr<Tool::Command>> commands;
-    for (const auto& declare : {Tool::dumpCommand, Tool::listCommand, Tool::verifyCommand})
+    for (const auto& declare : {Tool::dumpCommand, Tool::listCommand, Tool::verifyCommand, Tool::summaryCommand})
         commands.push_back(declare(app));
     try {
         app.parse(argc, argv);
