@@ -50,5 +50,6 @@ std::vector<char> iqModulatorV20();
 std::vector<char> iqOp6Board();
 std::vector<char> microwaveModule();
 std::vector<char> synthesizer();
+std::vector<char> secondEdition();
 
 } // namespace Samples

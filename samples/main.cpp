@@ -56,6 +56,7 @@ constexpr Sample samples[] = {
     {"iqop6-board.bin", iqOp6Board},
     {"microwave-module.bin", microwaveModule},
     {"synthesizer.bin", synthesizer},
+    {"second-edition.bin", secondEdition},
 };
 
 } // namespace

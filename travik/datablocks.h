@@ -44,3 +44,6 @@
 #include <travik/tables/RfPathTables.h>
 #include <travik/tables/WenAnalogTables.h>
 #include <travik/tables/WiqTables.h>
+#include <travik/tables/ElementTypes.h>
+#include <travik/tables/SecondEdition.h>
+#include <travik/tables/SecondEditionBuilder.h>

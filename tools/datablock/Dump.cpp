@@ -1,6 +1,7 @@
 #include "Tool.h"
 
 #include <travik/registry/Interpreter.h>
+#include <travik/tables/SecondEdition.h>
 
 #include <sstream>
 
@@ -68,6 +69,10 @@ private:
         const std::unique_ptr<Travik::HwDatablock> made = Travik::makeBlock(block);
         if (interpreter_.printHwDatablockOldStyleInfo(made.get(), os))
             return true;
+        if (auto* const table = dynamic_cast<Travik::HwDatablock2Edition*>(made.get())) {
+            table->printToStream2Edition(os, {});
+            return true;
+        }
         made->printToStream(os);
         return block.entry != nullptr;
     }

@@ -1,17 +1,20 @@
 #include "Tool.h"
 
+#include <travik/tables/SecondEdition.h>
+
 #include <array>
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 
 namespace Tool {
 
 namespace {
 
-using Cells = std::array<std::string, 7>;
+using Cells = std::array<std::string, 8>;
 
-const Cells heading{"OFFSET", "ID", "KEY", "CLASS", "SIZE", "CHECKSUM", "CRC-32"};
-constexpr std::array<bool, 7> isNumber{true, true, false, false, true, false, false};
+const Cells heading{"OFFSET", "ID", "KEY", "CLASS", "SIZE", "CHECKSUM", "CRC-32", "UPDATE"};
+constexpr std::array<bool, 8> isNumber{true, true, false, false, true, false, false, false};
 
 class List : public Command {
 public:
@@ -47,16 +50,31 @@ private:
         return {std::to_string(block.offset),
                 std::to_string(block.id),
                 keyOf(block).empty() ? "-" : toUtf8(keyOf(block)),
-                block.entry ? std::string(block.entry->className) : "unknown",
+                classOf(block),
                 std::to_string(block.sizeWord),
                 isEnd                 ? "-"
                 : block.checksumHolds ? "ok"
                                       : "wrong",
-                block.crcHolds ? "ok" : "-"};
+                block.crcHolds ? "ok" : "-",
+                updateIndexOf(block)};
+    }
+
+    static std::string classOf(const Travik::ImageBlock& block) {
+        if (block.isSecondEdition)
+            return "HwDatablock2Edition";
+        return block.entry ? std::string(block.entry->className) : "unknown";
+    }
+
+    static std::string updateIndexOf(const Travik::ImageBlock& block) {
+        if (!block.isSecondEdition)
+            return "-";
+        std::ostringstream text;
+        Travik::TextWriter(text).fixed(Travik::SecondEditionLayout(block.bytes).updateIndex / 100.0, 2);
+        return text.str();
     }
 
     static void write(const std::vector<Cells>& table) {
-        std::array<std::size_t, 7> widths{};
+        std::array<std::size_t, 8> widths{};
         for (const Cells& row : table) {
             for (std::size_t i = 0; i < row.size(); ++i)
                 widths[i] = std::max(widths[i], row[i].size());

@@ -134,6 +134,8 @@ int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& 
 }
 
 std::string keyOf(const Travik::ImageBlock& block) {
+    if (block.isSecondEdition)
+        return "USER_" + std::to_string(block.id);
     return block.entry ? block.entry->key(*block.entry, block.id) : std::string();
 }
 

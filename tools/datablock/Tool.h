@@ -43,6 +43,7 @@ std::unique_ptr<Command> listCommand(CLI::App& app);
 std::unique_ptr<Command> verifyCommand(CLI::App& app);
 std::unique_ptr<Command> exportCommand(CLI::App& app);
 std::unique_ptr<Command> importCommand(CLI::App& app);
+std::unique_ptr<Command> summaryCommand(CLI::App& app);
 
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.
 std::optional<Image> readImage(const std::string& path);
@@ -72,7 +73,8 @@ int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& 
 /// Selects blocks by identifier (a number) or by key name.
 bool isSelected(const Travik::ImageBlock& block, const std::string& selector);
 
-/// The key name of a block, empty where it has none.
+/// The key name of a block, empty where it has none; that of a second-edition table is USER_ and its identifier, as it
+/// prints itself.
 std::string keyOf(const Travik::ImageBlock& block);
 
 /// How texts in the blocks' own form, which are Latin-1, are written.

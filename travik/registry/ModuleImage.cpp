@@ -1,5 +1,6 @@
 #include <travik/datablock/Bytes.h>
 #include <travik/registry/ModuleImage.h>
+#include <travik/tables/SecondEdition.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -71,6 +72,8 @@ ImageBlock ModuleImage::blockAt(std::size_t offset) const {
     setBytes(plain, block.bytes);
     block.checksumHolds = isEnd || plain.verifyChecksum();
     block.crcHolds = !isEnd && block.bytes.size() >= headerSize + 4 && plain.verifyChecksum32();
+    block.isSecondEdition =
+        block.crcHolds && !block.entry && SecondEditionLayout(block.bytes).end <= block.bytes.size();
     if (!block.checksumHolds && (block.faults.empty() || !cannotBeTrue(block.faults.front())))
         fault(ImageFault::WrongChecksum);
     return block;
@@ -85,7 +88,7 @@ std::optional<std::size_t> ModuleImage::soundBlockBehind(const ImageBlock& block
         return std::nullopt;
     const ImageBlock candidate = blockAt(next);
     // From 32768 bytes on every checksum passes, which says nothing of an identifier that nobody knows.
-    const bool known = candidate.entry || candidate.sizeWord < 0x8000;
+    const bool known = candidate.entry || candidate.isSecondEdition || candidate.sizeWord < 0x8000;
     return known && candidate.faults.empty() ? std::optional(next) : std::nullopt;
 }
 
@@ -126,7 +129,8 @@ std::vector<ImageProblem> ModuleImage::problems() const {
 std::vector<ImageProblem> checkImage(std::span<const char> bytes) { return ModuleImage(bytes).problems(); }
 
 std::unique_ptr<HwDatablock> makeBlock(const ImageBlock& block) {
-    std::unique_ptr<HwDatablock> made = makeBlock(block.entry, block.id);
+    std::unique_ptr<HwDatablock> made =
+        block.isSecondEdition ? std::make_unique<HwDatablock2Edition>() : makeBlock(block.entry, block.id);
     setBytes(*made, block.bytes);
     made->setEepromAddress(static_cast<unsigned int>(block.offset));
     return made;

@@ -29,7 +29,10 @@ struct ImageBlock {
     const CatalogueEntry* entry = nullptr; ///< its class; null for an identifier without one
     bool checksumHolds = false;            ///< the 16-bit checksum, as the block itself verifies it
     bool crcHolds = false;                 ///< whether the block carries a CRC-32 that matches
-    std::vector<ImageFault> faults;        ///< in the order they were found
+    /// Whether it is a second-edition table, which describes itself: an identifier without a class, a CRC-32 that
+    /// holds, and a table header whose areas lie inside the block.
+    bool isSecondEdition = false;
+    std::vector<ImageFault> faults; ///< in the order they were found
 };
 
 /// A problem of an image, ready to be shown.
@@ -67,8 +70,9 @@ private:
 /// The gate: everything that is wrong with an image. Empty for one that holds together.
 TRAVIK_DATABLOCK_EXPORT std::vector<ImageProblem> checkImage(std::span<const char> bytes);
 
-/// The block as an object of its class, registered or not, with a copy of its bytes and its offset as EEPROM address; a
-/// plain `HwDatablock` where its identifier has no class.
+/// The block as an object of its class, registered or not, with a copy of its bytes and its offset as EEPROM address.
+/// Where its identifier has no class: `HwDatablock2Edition` for a second-edition table, otherwise a plain
+/// `HwDatablock`.
 TRAVIK_DATABLOCK_EXPORT std::unique_ptr<HwDatablock> makeBlock(const ImageBlock& block);
 
 /// A new, empty block of an identifier, or null where the identifier has no class.
