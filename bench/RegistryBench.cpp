@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <map>
+#include <memory>
 #include <ostream>
 #include <streambuf>
 
@@ -54,6 +55,43 @@ BENCHMARK(takeOver<HwDatablockBaseTemplate<int, int, 1, 1>>);
 BENCHMARK(takeOver<HwDatablockBaseTemplate<int, int, 10, 1>>);
 BENCHMARK(takeOver<HwDatablockBaseTemplate<int, int, 4, 350>>);
 BENCHMARK(takeOver<HwDatablockBaseTemplateIndex<int, int, 40, 200>>);
+
+/// A block whose class takes it over and prints it, of any family.
+template <class Block>
+void takeOverBlock(benchmark::State& state) {
+    Block block(true);
+    const auto record = std::make_unique<typename Block::Record>(*block.getBlock());
+    record->checksum = block.computeChecksum(reinterpret_cast<unsigned short*>(record.get()), sizeof *record);
+    for (auto _ : state) {
+        if (block.setBlock(record.get()) != 0)
+            state.SkipWithError("refused");
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * sizeof *record));
+}
+BENCHMARK(takeOverBlock<HwDatablockPokAttCalDat>);
+BENCHMARK(takeOverBlock<HwDatablockPokMwIfExtLevCalData>);
+
+/// All 20 rows of all columns.
+template <class Block>
+void dumpMatrix(benchmark::State& state, unsigned short columns) {
+    NullBuffer buffer;
+    std::ostream os(&buffer);
+    Block block(true);
+    for (unsigned char row = 0; row < 20; ++row) {
+        for (unsigned int column = 0; column < columns; ++column)
+            block.setCorLevelValue(static_cast<short>(column * 41 - 4000), row, column, false);
+    }
+    block.setNumberOfFreqs(columns);
+    block.setNumberOfLevelSteps(20);
+    for (auto _ : state)
+        block.printToStream(os);
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * sizeof(typename Block::Record)));
+    state.SetItemsProcessed(state.iterations() * 20 * columns);
+}
+void dump8KbMatrix(benchmark::State& state) { dumpMatrix<HwDatablockPokAttCalDat>(state, 200); }
+BENCHMARK(dump8KbMatrix);
+void dump60KbMatrix(benchmark::State& state) { dumpMatrix<HwDatablockPokMwIfExtLevCalData>(state, 1500); }
+BENCHMARK(dump60KbMatrix);
 
 constexpr unsigned int rows = 40;
 constexpr unsigned int columns = 200;

@@ -153,6 +153,23 @@ TEST(Catalogue, PhysicalValues) {
     EXPECT_EQ(fieldValue(bytes.substr(0, 2), bits), 0.0) << "beyond the image";
 }
 
+TEST(Records, EqualInEveryField) {
+    HwDatablockIdent ident;
+    const HwSDatablockIdent before = *ident.getBlock();
+    EXPECT_TRUE(before == *ident.getBlock());
+    for (std::size_t byte = 0; byte < sizeof before; ++byte) {
+        HwSDatablockIdent changed = before;
+        reinterpret_cast<char*>(&changed)[byte] ^= 1;
+        EXPECT_FALSE(before == changed) << byte;
+    }
+    MiscData<float, 1, 2> left{};
+    MiscData<float, 1, 2> right{};
+    right.values[0][1] = -0.0F;
+    EXPECT_TRUE(left == right) << "by value";
+    right.values[0][1] = 1.0F;
+    EXPECT_FALSE(left == right);
+}
+
 // Hostile content, whole and cut at any length, through the dictionary's own prototypes.
 TEST(Interpreter, PrintsAnyImage) {
     std::mt19937 random(6);

@@ -3,6 +3,8 @@
 #include <travik/registry/Interpreter.h>
 #include <travik/tables/SecondEdition.h>
 
+#include <iostream>
+#include <optional>
 #include <sstream>
 
 namespace Tool {
@@ -19,6 +21,7 @@ public:
     }
 
     int run() override {
+        interpreter_.emplace();
         return forEachImage(paths_, [this](const Image& image) { return dump(image); });
     }
 
@@ -26,7 +29,8 @@ private:
     std::vector<std::string> paths_;
     std::string selector_;
     Encoding encoding_ = Encoding::Automatic;
-    Travik::HwDatablockOldStyleInterpreter interpreter_;
+    // Made when blocks are printed: it holds a prototype of every class.
+    std::optional<Travik::HwDatablockOldStyleInterpreter> interpreter_;
 
     int dump(const Image& image) {
         const Travik::ModuleImage module(image.bytes);
@@ -38,36 +42,27 @@ private:
             found = true;
             // A stream of its own, in its default state: what a block leaves on it changes no other's text.
             std::ostringstream text;
-            if (!print(block, text)) {
+            const bool known = print(block, text);
+            if (!writeText(text.view(), encoding_))
+                return CallFailed;
+            const std::vector<Travik::ImageProblem> problems = module.problems(block);
+            // Bytes that are no block are not an unknown one as well.
+            if (!known && (problems.empty() || problems.front().fault >= Travik::ImageFault::OddSize)) {
                 reportProblem(image, block.offset, block.id, "unknown identifier");
                 status = DataWrong;
             }
-            if (!writeText(text.view(), encoding_))
-                return CallFailed;
+            status = std::max(status, reportProblems(image, problems));
         }
         if (!selector_.empty() && !found) {
             std::cerr << image.name << ": no block " << selector_ << '\n';
             status = DataWrong;
         }
-        for (const Travik::ImageProblem& problem : module.problems()) {
-            if (!selector_.empty() && !concerns(module, problem))
-                continue;
-            reportProblem(image, problem.offset, problem.id, problem.text);
-            status = DataWrong;
-        }
         return status;
-    }
-
-    bool concerns(const Travik::ModuleImage& module, const Travik::ImageProblem& problem) const {
-        const auto& blocks = module.blocks();
-        const auto block =
-            std::find_if(blocks.begin(), blocks.end(), [&](const auto& b) { return b.offset == problem.offset; });
-        return block != blocks.end() && isSelected(*block, selector_);
     }
 
     bool print(const Travik::ImageBlock& block, std::ostream& os) {
         const std::unique_ptr<Travik::HwDatablock> made = Travik::makeBlock(block);
-        if (interpreter_.printHwDatablockOldStyleInfo(made.get(), os))
+        if (interpreter_->printHwDatablockOldStyleInfo(made.get(), os))
             return true;
         if (auto* const table = dynamic_cast<Travik::HwDatablock2Edition*>(made.get())) {
             table->printToStream2Edition(os, {});

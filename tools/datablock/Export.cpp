@@ -37,12 +37,7 @@ public:
         if (!writeText(text.view(), Encoding::Latin1))
             return CallFailed;
         int status = found_ > 1 ? DataWrong : AllWell;
-        for (const Travik::ImageProblem& problem : module.problems()) {
-            if (problem.offset != block->offset)
-                continue;
-            reportProblem(*image, problem.offset, problem.id, problem.text);
-            status = DataWrong;
-        }
+        status = std::max(status, reportProblems(*image, module.problems(*block)));
         return status;
     }
 

@@ -87,6 +87,10 @@ enum class Extent : unsigned char {
 TRAVIK_DATABLOCK_EXPORT double fieldValue(std::span<const char> image, const Field& field,
                                           std::span<const unsigned int> index = {});
 
+/// Whether two images are equal in all elements of the fields, floating numbers by value.
+TRAVIK_DATABLOCK_EXPORT bool equalFields(std::span<const char> left, std::span<const char> right,
+                                         std::span<const Field> fields);
+
 /// Hands out every value of an image in list order, rows before columns. The image may end anywhere.
 TRAVIK_DATABLOCK_EXPORT void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,
                                          const std::function<void(const FieldValue&)>& visitor);

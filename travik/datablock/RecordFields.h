@@ -2,6 +2,7 @@
 
 #include <travik/datablock/Fields.h>
 
+#include <concepts>
 #include <type_traits>
 
 /// How a record's field list is written down, next to the record, with nothing said twice: types, widths and extents
@@ -188,5 +189,16 @@ consteval auto describe(const FieldSet<N>&... sets) {
 /// Specialised for every record.
 template <class Record>
 inline constexpr std::array<Field, 0> recordFields{};
+
+/// Records are equal when all four header words and every field are.
+template <class Record>
+requires(std::derived_from<Record, HwSDatablockHeader> && !recordFields<Record>.empty()) bool operator==(
+    const Record& left, const Record& right) {
+    const HwSDatablockHeader& leftHeader = left;
+    const HwSDatablockHeader& rightHeader = right;
+    return leftHeader == rightHeader &&
+           equalFields({reinterpret_cast<const char*>(&left), sizeof left},
+                       {reinterpret_cast<const char*>(&right), sizeof right}, recordFields<Record>);
+}
 
 } // namespace Travik

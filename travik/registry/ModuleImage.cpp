@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 namespace Travik {
 
@@ -111,17 +112,24 @@ std::string_view faultName(ImageFault fault) {
 }
 
 std::vector<ImageProblem> ModuleImage::problems() const {
-    std::vector<ImageProblem> problems;
+    std::vector<ImageProblem> all;
     for (const ImageBlock& block : blocks_) {
-        for (const ImageFault fault : block.faults) {
-            std::string text(faultName(fault));
-            if (fault == ImageFault::SizeBelowHeader || fault == ImageFault::SizePastEnd ||
-                fault == ImageFault::OddSize)
-                text += " (" + std::to_string(block.sizeWord) + ")";
-            if (cannotBeTrue(fault) && &block == &blocks_.back() && block.id != endBlockId)
-                text += ", what follows cannot be found";
-            problems.push_back({block.offset, block.id, fault, std::move(text)});
-        }
+        std::vector<ImageProblem> some = problems(block);
+        all.insert(all.end(), std::make_move_iterator(some.begin()), std::make_move_iterator(some.end()));
+    }
+    return all;
+}
+
+std::vector<ImageProblem> ModuleImage::problems(const ImageBlock& block) const {
+    std::vector<ImageProblem> problems;
+    for (const ImageFault fault : block.faults) {
+        std::string text(faultName(fault));
+        if (fault == ImageFault::SizeBelowHeader || fault == ImageFault::SizePastEnd || fault == ImageFault::OddSize)
+            text += " (" + std::to_string(block.sizeWord) + ")";
+        const bool isLast = block.offset == blocks_.back().offset;
+        if (cannotBeTrue(fault) && isLast && block.id != endBlockId)
+            text += ", what follows cannot be found";
+        problems.push_back({block.offset, block.id, fault, std::move(text)});
     }
     return problems;
 }

@@ -55,6 +55,8 @@ public:
     const std::vector<ImageBlock>& blocks() const { return blocks_; }
     /// Every fault of every block, in image order.
     std::vector<ImageProblem> problems() const;
+    /// The faults of one of the blocks.
+    std::vector<ImageProblem> problems(const ImageBlock& block) const;
     /// Where the walk ended: behind the last block. Whatever follows an end block belongs to no block.
     std::size_t end() const { return end_; }
 

@@ -11,11 +11,15 @@ struct MiscData : HwSDatablockHeader {
     unsigned int rows;
     unsigned int columns;
     StoreT values[N][M];
+
+    friend bool operator==(const MiscData&, const MiscData&) = default;
 };
 
 template <class StoreT, unsigned int N, unsigned int M>
 struct HwSDatablockIndexTable : MiscData<StoreT, N, M> {
     int index[N];
+
+    friend bool operator==(const HwSDatablockIndexTable&, const HwSDatablockIndexTable&) = default;
 };
 
 template <class StoreT, unsigned int D, unsigned int N, unsigned int M>
@@ -24,6 +28,8 @@ struct HwSDatablockExtendedTable : HwSDatablockHeader {
     unsigned int rows;
     unsigned int columns;
     StoreT values[N][M];
+
+    friend bool operator==(const HwSDatablockExtendedTable&, const HwSDatablockExtendedTable&) = default;
 };
 #pragma pack(pop)
 
