@@ -42,10 +42,11 @@ constexpr auto detReserveLine = "# minimale Detektorreserve (dB) zum Vollauschla
 constexpr auto toleranceLevPreLine = "# +/-Toleranz (dB) des LEVEL PRESET Step Attenuators., 3 Nachkomma";
 constexpr auto toleranceLevAttLine = "# +/-Toleranz (dB) des Level Attenuators., 3 Nachkomma";
 constexpr auto toleranceDetAttLine = "# +/-Toleranz (dB) des Detektor Step Attenuators., 3 Nachkomma";
+constexpr auto opuRfLine = "# OPURF_LP=Baugruppenausgangsleistung Ausgangsleistung mit LEVELPRESET Einstellung lt. "
+                           "Tabelle und LCON-Absenkung=LCONRESERVE";
 constexpr std::string_view miscClosingLines[] = {
     "# Für das Beschreiben des RFM EEPROMS werden pro Betriebszustandalle Spalten ausgenommen Fehler und OPU3RF_LP benötigt"_latin1,
-    "# OPURF_LP=Baugruppenausgangsleistung Ausgangsleistung mit LEVELPRESET Einstellung lt. Tabelle und "
-    "LCON-Absenkung=LCONRESERVE",
+    opuRfLine,
     "#",
     "# Fehler\t Beschreibung",
     "#      0\t kein Fehler",

@@ -2,7 +2,8 @@
 
 #include <travik/datablock/RecordBlock.h>
 
-#include <cstring>
+#include <algorithm>
+#include <span>
 
 /// The calibration of the IQ modulator board's RF module: the blocks of the first generation, and those that both
 /// generations have. The second generation's own blocks are in IqModulatorTablesV20.h.
@@ -29,6 +30,12 @@ struct BitField {
         return (word & ~mask) | ((static_cast<unsigned int>(value) << shift) & mask);
     }
 };
+
+/// Whether two records, which have no padding, are the same byte by byte.
+template <class T>
+bool sameBytes(const T& left, const T& right) {
+    return std::ranges::equal(std::as_bytes(std::span(&left, 1)), std::as_bytes(std::span(&right, 1)));
+}
 
 } // namespace detail
 
@@ -115,7 +122,7 @@ constexpr bool operator==(const HwSIqOp3RfmCalibDataBlock& left, const HwSIqOp3R
 }
 /// Header, operating state and every row: together they are the whole record.
 inline bool operator==(const HwSDatablockIqOp3RfmCalibData& left, const HwSDatablockIqOp3RfmCalibData& right) {
-    return std::memcmp(&left, &right, sizeof left) == 0;
+    return detail::sameBytes(left, right);
 }
 
 template <>
