@@ -30,7 +30,8 @@ bool HwDatablockOldStyleInterpreter::printHwDatablockOldStyleInfo(HwDatablock* b
     if (found == dictionary_.end())
         return false;
     HwDatablock* const prototype = found->second;
-    // Takes the block's buffer as it is. Resizing the one it shares with the block printed before would change that block.
+    // Takes the block's buffer as it is. Resizing the one it shares with the block printed before would change that
+    // block.
     prototype->setData(block);
     prototype->printToStream(os);
     return true;
