@@ -75,9 +75,7 @@ TEST(Catalogue, FieldListsCoverTheirRecords) {
             ASSERT_LE(field.rank, Field::maxRank);
             const unsigned int elements = field.elements();
             for (unsigned int i = 0; i < elements; ++i) {
-                std::size_t offset = field.offset;
-                for (unsigned int rest = i, d = field.rank; d-- > 0; rest /= field.dimensions[d].extent)
-                    offset += std::size_t{rest % field.dimensions[d].extent} * field.dimensions[d].stride;
+                const std::size_t offset = field.elementOffset(i);
                 ASSERT_TRUE(bytes::inside(size, offset, field.width)) << named(block) << ' ' << field.name;
                 for (std::size_t byte = offset; byte < offset + field.width; ++byte)
                     covered[byte] += field.bits > 0 ? static_cast<int>(field.bits) * 1000 : 1;

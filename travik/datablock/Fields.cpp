@@ -68,30 +68,21 @@ unsigned int used(std::span<const char> image, std::span<const Field> fields, co
     return dimension.extent;
 }
 
-/// Calls the function with the offset of every element of a field until it says false; whether it never did.
-template <class Function>
-bool allElements(const Field& field, Function function) {
-    const unsigned int count = field.elements();
-    for (unsigned int i = 0; i < count; ++i) {
-        std::size_t offset = field.offset;
-        for (unsigned int rest = i, d = field.rank; d-- > 0; rest /= field.dimensions[d].extent)
-            offset += std::size_t{rest % field.dimensions[d].extent} * field.dimensions[d].stride;
-        if (!function(offset))
-            return false;
-    }
-    return true;
-}
-
 } // namespace
 
 bool equalFields(std::span<const char> left, std::span<const char> right, std::span<const Field> fields) {
     return std::ranges::all_of(fields, [&](const Field& field) {
         const bool isFloating = field.stored == Stored::F32 || field.stored == Stored::F64;
-        return allElements(field, [&](std::size_t offset) {
-            if (isFloating)
-                return storedValue(left, field, offset) == storedValue(right, field, offset);
-            return std::ranges::equal(bytes::part(left, offset, field.width), bytes::part(right, offset, field.width));
-        });
+        const unsigned int count = field.elements();
+        for (unsigned int i = 0; i < count; ++i) {
+            const std::size_t offset = field.elementOffset(i);
+            const bool equal = isFloating ? storedValue(left, field, offset) == storedValue(right, field, offset)
+                                          : std::ranges::equal(bytes::part(left, offset, field.width),
+                                                               bytes::part(right, offset, field.width));
+            if (!equal)
+                return false;
+        }
+        return true;
     });
 }
 

@@ -64,6 +64,14 @@ struct Field {
             product *= dimensions[i].extent;
         return product;
     }
+
+    /// Where element `i` lies in the image, the last dimension counted fastest.
+    std::size_t elementOffset(unsigned int i) const {
+        std::size_t start = offset;
+        for (unsigned int d = rank; d-- > 0; i /= dimensions[d].extent)
+            start += std::size_t{i % dimensions[d].extent} * dimensions[d].stride;
+        return start;
+    }
 };
 
 /// A block's fields after its header, in image order.

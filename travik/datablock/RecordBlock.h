@@ -162,9 +162,7 @@ protected:
             const unsigned int count = field.elements();
             // A repeated entry's fields lie apart; they are copied one by one.
             for (unsigned int i = 0; i < count; ++i) {
-                std::size_t offset = field.offset;
-                for (unsigned int rest = i, d = field.rank; d-- > 0; rest /= field.dimensions[d].extent)
-                    offset += std::size_t{rest % field.dimensions[d].extent} * field.dimensions[d].stride;
+                const std::size_t offset = field.elementOffset(i);
                 bytes::storeElements(image(), offset, source + offset, field.width, field.width);
             }
         }
