@@ -53,7 +53,7 @@ inline char* appendWhole(char* out, long long value, unsigned int decimals) {
     const auto bits = static_cast<std::uint64_t>(value);
     *out = '-';
     out = appendDecimal(out + (value < 0), value < 0 ? 0 - bits : bits);
-    std::memcpy(out, ".0000000", 8);
+    std::memcpy(out, ".0000000", 8); // NOLINT(bugprone-not-null-terminated-result): part of a line, not a string
     return out + (decimals == 0 ? 0 : decimals + 1);
 }
 
