@@ -30,8 +30,9 @@ private:
 
 void lookUp(Travik::HwDatablock2Edition& table) {
     const int columns = table.getNumberOfColumns();
-    for (const int column : {-1, 0, columns - 1, columns, 65535, 0x7FFFFFFF})
+    for (int column = -1; column <= columns; ++column)
         table.size_in_byte(table.getColumnType(column));
+    table.getColumnType(0x7FFFFFFF);
     table.getNumberOfRows();
     table.getUpdateIndex();
     table.getTypeString(table.getRowIdType());

@@ -1,8 +1,8 @@
 #include "Support.h"
 
-#include <chrono>
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <iomanip>
 #include <iostream>
 #include <limits>
@@ -405,16 +405,22 @@ TEST(SecondEdition, EveryTruncationAndFlippedByte) {
 TEST(SecondEdition, LargestTables) {
     const auto timed = [](const std::string& bytes) {
         HwDatablock2Edition block = blockOf(bytes);
-        EXPECT_TRUE(block.fits());
-        const auto begin = std::chrono::steady_clock::now();
+        const std::clock_t begin = std::clock(); // of the processor: other tests may run beside it
         const std::string page = pageOf(block);
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+        for (int i = 0; i < block.getNumberOfColumns(); ++i)
+            EXPECT_LE(block.size_in_byte(block.getColumnType(i)), 10);
+        EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC);
         return page;
     };
     SecondEditionTable nothing{.id = 1};
     nothing.columns.resize(65000);
     const std::string rows = timed(with(built(nothing), 14, 65535));
     EXPECT_EQ(rows.size() - rows.find("\n: "), 65535U * 3 + 1);
+
+    // Row identifiers for rows whose values lie outside.
+    SecondEditionTable outside{.id = 1, .rowIdType = ETypeUint8};
+    outside.columns.resize(30000, {ETypeUint8});
+    EXPECT_TRUE(timed(with(with(built(outside), 2, 65535), 14, 30000).append(30000, '7')).ends_with("\n: 55    \n"));
 
     SecondEditionTable digits{.id = 1, .columns = {{ETypeFix16D1}, {ETypeLongDouble}}};
     digits.rows.resize(5000, {.values = {0.5, std::numeric_limits<long double>::max()}});

@@ -69,7 +69,7 @@ private:
         if (!block.isSecondEdition)
             return "-";
         std::ostringstream text;
-        Travik::TextWriter(text).fixed(Travik::SecondEditionLayout(block.bytes).updateIndex / 100.0, 2);
+        Travik::TextWriter(text).fixed(Travik::SecondEditionHeader(block.bytes).updateIndex / 100.0, 2);
         return text.str();
     }
 

@@ -44,14 +44,16 @@ TextWriter& updateIndexOf(TextWriter& out, double index) {
 
 } // namespace
 
-SecondEditionLayout::SecondEditionLayout(std::span<const char> block)
+SecondEditionHeader::SecondEditionHeader(std::span<const char> block)
     : packed(bytes::load<unsigned short>(block, offsetof(HwSDatablockHeader, alignment)) != 0),
-      updateIndex(bytes::load<unsigned short>(block, headerAt(packed))),
-      rows(bytes::load<unsigned short>(block, headerAt(packed) + rowsOffset)),
-      columns(bytes::load<unsigned short>(block, headerAt(packed) + columnsOffset)),
-      rowIdType(typeOf(bytes::load<char>(block, headerAt(packed) + rowIdTypeOffset))),
-      columnIdType(typeOf(bytes::load<char>(block, headerAt(packed) + columnIdTypeOffset))),
-      columnTypesAt(headerAt(packed) + columnTypesOffset), rowSize(0) {
+      updateIndex(bytes::load<unsigned short>(block, startsAt(packed))),
+      rows(bytes::load<unsigned short>(block, startsAt(packed) + rowsOffset)),
+      columns(bytes::load<unsigned short>(block, startsAt(packed) + columnsOffset)),
+      rowIdType(typeOf(bytes::load<char>(block, startsAt(packed) + rowIdTypeOffset))),
+      columnIdType(typeOf(bytes::load<char>(block, startsAt(packed) + columnIdTypeOffset))),
+      columnTypesAt(startsAt(packed) + columnTypesOffset) {}
+
+SecondEditionLayout::SecondEditionLayout(std::span<const char> block) : SecondEditionHeader(block), rowSize(0) {
     const auto aligned = [&](std::uint64_t offset) { return packed ? offset : (offset + 3) / 4 * 4; };
     rowIdsAt = aligned(std::uint64_t{columnTypesAt} + columns);
     columnIdsAt = aligned(rowIdsAt + std::uint64_t{rows} * elementCoding(rowIdType).size);
@@ -71,20 +73,20 @@ std::span<const char> HwDatablock2Edition::block() const {
 
 // Lookups
 
-unsigned short HwDatablock2Edition::getNumberOfRows() const { return static_cast<unsigned short>(layout().rows); }
+unsigned short HwDatablock2Edition::getNumberOfRows() const { return static_cast<unsigned short>(header().rows); }
 
-unsigned short HwDatablock2Edition::getNumberOfColumns() const { return static_cast<unsigned short>(layout().columns); }
+unsigned short HwDatablock2Edition::getNumberOfColumns() const { return static_cast<unsigned short>(header().columns); }
 
-double HwDatablock2Edition::getUpdateIndex() const { return layout().updateIndex * 0.01; }
+double HwDatablock2Edition::getUpdateIndex() const { return header().updateIndex * 0.01; }
 
-ETypeId HwDatablock2Edition::getRowIdType() const { return layout().rowIdType; }
+ETypeId HwDatablock2Edition::getRowIdType() const { return header().rowIdType; }
 
-ETypeId HwDatablock2Edition::getColumnIdType() const { return layout().columnIdType; }
+ETypeId HwDatablock2Edition::getColumnIdType() const { return header().columnIdType; }
 
 ETypeId HwDatablock2Edition::getColumnType(int column) const {
     if (column < 0)
         return ETypeNone;
-    return typeOf(bytes::load<char>(block(), layout().columnTypesAt + static_cast<std::size_t>(column)));
+    return typeOf(bytes::load<char>(block(), header().columnTypesAt + static_cast<std::size_t>(column)));
 }
 
 const char* HwDatablock2Edition::getTypeString(ETypeId type) const { return elementCoding(type).name; }
@@ -95,7 +97,7 @@ int HwDatablock2Edition::getSizeOfRowIdType() const { return size_in_byte(getRow
 
 int HwDatablock2Edition::getSizeOfColumnIdType() const { return size_in_byte(getColumnIdType()); }
 
-bool HwDatablock2Edition::fits() const { return layout().end <= block().size(); }
+bool HwDatablock2Edition::fits() const { return SecondEditionLayout(block()).end <= block().size(); }
 
 // Pages
 
@@ -133,7 +135,7 @@ void HwDatablock2Edition::printDebugPageSummary(std::ostream& os, HwSDataBlockCf
 }
 
 void HwDatablock2Edition::printDebugPageDetail(std::ostream& os, HwSDataBlockCfg /*cfg*/) {
-    const SecondEditionLayout layout = this->layout();
+    const SecondEditionLayout layout(block());
     std::array<char, 8> hex;
     const char* const hexEnd = std::to_chars(hex.data(), hex.data() + hex.size(), getEepromAddress(), 16).ptr;
 
@@ -202,7 +204,10 @@ void HwDatablock2Edition::printRows(TextWriter& out, const SecondEditionLayout& 
         out.endLine() << ": ";
         printElement(out, rowId, rowIdType);
         for (const detail::ElementCoding* const type : cells) {
-            printElement(out, valueAt(bytes, offset, type->size), *type);
+            const auto value = valueAt(bytes, offset, type->size);
+            if (value.empty()) // nor does any cell behind it lie inside
+                break;
+            printElement(out, value, *type);
             offset += type->size;
         }
     }

@@ -23,8 +23,7 @@ struct HwSDataBlockCfg {
     QString callerText3 = {};
 };
 
-/// Where the parts of a second-edition table lie, by what its header says. Header words that lie outside the image
-/// count as 0.
+/// The table header of a second-edition image. Words that lie outside the image count as 0.
 ///
 /// An image begins with the four words of every block. The fourth selects the layout: 0 padded, any other packed.
 ///
@@ -37,12 +36,10 @@ struct HwSDataBlockCfg {
 ///       19      17     u8   type of the column identifiers, 0 for none
 ///       20      18     u8   type of each column
 ///
-/// Row identifiers, column identifiers and the values, row by row, follow. In the padded layout each of the three areas
-/// begins at a multiple of 4; in the packed layout they follow each other directly. In the packed layout the update
-/// index is the upper half of the CRC-32: only an image made for it has both.
-struct TRAVIK_DATABLOCK_EXPORT SecondEditionLayout {
+/// In the packed layout the update index is the upper half of the CRC-32: only an image made for it has both.
+struct TRAVIK_DATABLOCK_EXPORT SecondEditionHeader {
     /// Of the bytes of a block, as far as they are there.
-    explicit SecondEditionLayout(std::span<const char> block);
+    explicit SecondEditionHeader(std::span<const char> block);
 
     bool packed;
     unsigned int updateIndex; ///< hundredths
@@ -50,17 +47,24 @@ struct TRAVIK_DATABLOCK_EXPORT SecondEditionLayout {
     unsigned int columns;
     ETypeId rowIdType;
     ETypeId columnIdType;
+    unsigned int columnTypesAt; ///< offset from the start of the block
 
-    // Offsets from the start of the block. They can lie far beyond it where the header is damaged.
-    unsigned int columnTypesAt;
+    /// Offset of the update index, with which the table header begins.
+    static constexpr unsigned int startsAt(bool packed) { return packed ? 10 : 12; }
+};
+
+/// Where the areas behind the table header lie, by what it says: row identifiers, column identifiers, and the values
+/// row by row. In the padded layout each area begins at a multiple of 4; in the packed layout they follow each other
+/// directly. Offsets count from the start of the block, and can lie far beyond it where the header is damaged.
+struct TRAVIK_DATABLOCK_EXPORT SecondEditionLayout : SecondEditionHeader {
+    /// Goes through the types of all columns.
+    explicit SecondEditionLayout(std::span<const char> block);
+
     std::uint64_t rowIdsAt;
     std::uint64_t columnIdsAt;
     std::uint64_t valuesAt;
     std::uint64_t rowSize; ///< bytes of one row's values
     std::uint64_t end;     ///< behind the last value
-
-    /// Offset of the update index, with which the table header begins.
-    static constexpr unsigned int headerAt(bool packed) { return packed ? 10 : 12; }
 };
 
 /// The base of the blocks of the second edition, whose image describes itself: any such block can be printed without
@@ -120,7 +124,7 @@ private:
     DatatypeMap2Print columnTypes_;
 
     std::span<const char> block() const;
-    SecondEditionLayout layout() const { return SecondEditionLayout(block()); }
+    SecondEditionHeader header() const { return SecondEditionHeader(block()); }
     void printColumns(TextWriter& out, const SecondEditionLayout& layout);
     void printRows(TextWriter& out, const SecondEditionLayout& layout) const;
 };

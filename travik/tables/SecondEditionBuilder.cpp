@@ -68,7 +68,7 @@ private:
     }
 
     bool writeHeader() {
-        result_.bytes.resize(SecondEditionLayout::headerAt(table_.packed));
+        result_.bytes.resize(SecondEditionHeader::startsAt(table_.packed));
         bytes::store(image(), offsetof(HwSDatablockHeader, id), table_.id);
         bytes::store(image(), offsetof(HwSDatablockHeader, alignment), static_cast<unsigned short>(table_.packed));
         append(static_cast<unsigned short>(std::round(table_.updateIndex * 100.0)));
@@ -156,7 +156,7 @@ private:
         const std::uint32_t before =
             crc32(image().data() + crcOffset + sizeof(std::uint32_t), sealAt - crcOffset - sizeof(std::uint32_t),
                   crc32(image().data(), checksumOffset));
-        const auto wanted = bytes::load<unsigned short>(image(), SecondEditionLayout::headerAt(true));
+        const auto wanted = bytes::load<unsigned short>(image(), SecondEditionHeader::startsAt(true));
         std::uint16_t last = 0;
         std::uint32_t crc = crc32(&last, sealSize, before);
         while (crc >> 16U != wanted) {
