@@ -41,7 +41,7 @@ HwDatablockIqOp3RfmCalibDataMisc operatingStates(unsigned char states) {
     block.setNumberOfOperatingStates(states);
     for (unsigned char bz = 0; bz < states; ++bz) {
         block.setPmaxBz(static_cast<unsigned short>(1281 + 256 * bz), bz);
-        block.setUiqBz(0.25F + 0.125F * bz, bz);
+        block.setUiqBz(0.25F + 0.125F * static_cast<float>(bz), bz);
         block.setLconReserveBz(static_cast<unsigned short>(768 - 128 * bz), bz);
         block.setDetReserveBz(3, bz);
     }

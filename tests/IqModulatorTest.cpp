@@ -167,7 +167,7 @@ TEST(IqModulator, PrintsOperatingStates) {
     EXPECT_THAT(textOf(block), testing::HasSubstr("\nPMAX_BZ13:             -0.0\t dBm\n\n"));
     block.setNumberOfOperatingStates(0xFFFFFFFF);
     const std::string endless = textOf(block);
-    EXPECT_EQ(std::ranges::count(endless, '\n'), std::ranges::count(text, '\n') + 4 * (65535 - 2));
+    EXPECT_EQ(std::ranges::count(endless, '\n'), std::ranges::count(text, '\n') + 4L * (65535 - 2));
 }
 
 TEST(IqModulator, PrintsFrequencies) {

@@ -291,11 +291,13 @@ TEST(SecondEdition, HeadingAndSummary) {
     for (const bool summary : {true, false}) {
         std::ostringstream os;
         block.printDebugPageHeading(os, summary);
-        EXPECT_EQ(os.str(), "\n" + hashes + "         D E B U G - I N F O R M A T I O N        \n" +
-                                "         EEPROM / FLASH                           \n" +
-                                (summary ? "         Block Summary                            \n"
-                                         : "         Block Details                            \n") +
-                                hashes + "\n");
+        const std::string title = summary ? "         Block Summary                            \n"
+                                          : "         Block Details                            \n";
+        std::string expected = "\n" + hashes;
+        expected += "         D E B U G - I N F O R M A T I O N        \n"
+                    "         EEPROM / FLASH                           \n";
+        expected.append(title).append(hashes).append("\n");
+        EXPECT_EQ(os.str(), expected);
     }
     std::ostringstream os;
     block.printDebugPageSummary(os, {.blockName = QString::fromLatin1("D\xE4mpfer")});
@@ -406,7 +408,7 @@ TEST(SecondEdition, LargestTables) {
     const auto timed = [](const std::string& bytes) {
         HwDatablock2Edition block = blockOf(bytes);
         const std::clock_t begin = std::clock(); // of the processor: other tests may run beside it
-        const std::string page = pageOf(block);
+        std::string page = pageOf(block);
         for (int i = 0; i < block.getNumberOfColumns(); ++i)
             EXPECT_LE(block.size_in_byte(block.getColumnType(i)), 10);
         EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC);

@@ -2,6 +2,8 @@
 
 #include <travik/tables/CountedTables.h>
 
+#include <algorithm>
+
 /// Gain calibration: coarse attenuator and offsets of the level-control ADU, AM gain of the CW output board.
 namespace Travik {
 
@@ -22,10 +24,9 @@ public:
 
 private:
     static bool isEmpty(const Record* record) {
-        Record empty{};
-        empty.id = Record::table.name.id;
-        return std::memcmp(record, &empty, sizeof(HwSDatablockHeader)) == 0 &&
-               std::memcmp(record->values, empty.values, sizeof empty.values) == 0;
+        const auto* const values = reinterpret_cast<const char*>(record->values);
+        return Block::headerOf(record) == HwSDatablockHeader{Record::table.name.id, 0, 0, 0} &&
+               std::all_of(values, values + sizeof record->values, [](char byte) { return byte == 0; });
     }
 };
 

@@ -95,7 +95,7 @@ constexpr unsigned int filterPoints = 150;
 
 template <class Polynomial>
 void printCoefficients(TextWriter& out, const Polynomial& polynomial) {
-    for (const int coefficient : {polynomial.c0, polynomial.c1, polynomial.c2, polynomial.c3})
+    for (const auto coefficient : {polynomial.c0, polynomial.c1, polynomial.c2, polynomial.c3})
         out << "\t\t " << coefficient;
     out.endLine();
 }

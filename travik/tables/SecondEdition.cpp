@@ -53,7 +53,7 @@ SecondEditionHeader::SecondEditionHeader(std::span<const char> block)
       columnIdType(typeOf(bytes::load<char>(block, startsAt(packed) + columnIdTypeOffset))),
       columnTypesAt(startsAt(packed) + columnTypesOffset) {}
 
-SecondEditionLayout::SecondEditionLayout(std::span<const char> block) : SecondEditionHeader(block), rowSize(0) {
+SecondEditionLayout::SecondEditionLayout(std::span<const char> block) : SecondEditionHeader(block) {
     const auto aligned = [&](std::uint64_t offset) { return packed ? offset : (offset + 3) / 4 * 4; };
     rowIdsAt = aligned(std::uint64_t{columnTypesAt} + columns);
     columnIdsAt = aligned(rowIdsAt + std::uint64_t{rows} * elementCoding(rowIdType).size);

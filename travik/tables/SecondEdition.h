@@ -63,8 +63,8 @@ struct TRAVIK_DATABLOCK_EXPORT SecondEditionLayout : SecondEditionHeader {
     std::uint64_t rowIdsAt;
     std::uint64_t columnIdsAt;
     std::uint64_t valuesAt;
-    std::uint64_t rowSize; ///< bytes of one row's values
-    std::uint64_t end;     ///< behind the last value
+    std::uint64_t rowSize = 0; ///< bytes of one row's values
+    std::uint64_t end;         ///< behind the last value
 };
 
 /// The base of the blocks of the second edition, whose image describes itself: any such block can be printed without
