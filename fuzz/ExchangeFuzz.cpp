@@ -1,6 +1,6 @@
 // Reads any text as the exchange text of a block, which the first byte selects, then writes what was read.
-#include <travik/registry/rfboard/DunTables.h>
-#include <travik/registry/rfboard/KelTables.h>
+#include <travik/rfboard/DunTables.h>
+#include <travik/rfboard/KelTables.h>
 
 #include <cstddef>
 #include <cstdint>

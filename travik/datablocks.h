@@ -27,12 +27,9 @@
 #include <travik/registry/Interpreter.h>
 #include <travik/registry/ModuleImage.h>
 #include <travik/registry/ModuleInfo.h>
-#include <travik/registry/rfboard/DunTables.h>
-#include <travik/registry/rfboard/KelTables.h>
-#include <travik/registry/rfboard/ToviTables.h>
-#include <travik/registry/text/TableTemplates.h>
-#include <travik/registry/text/TextExchange.h>
-#include <travik/registry/text/TextLayout.h>
+#include <travik/rfboard/DunTables.h>
+#include <travik/rfboard/KelTables.h>
+#include <travik/rfboard/ToviTables.h>
 #include <travik/tables/AttenuatorDetectorTables.h>
 #include <travik/tables/BasebandInputTables.h>
 #include <travik/tables/CalibrationValues.h>
@@ -47,3 +44,6 @@
 #include <travik/tables/SecondEditionBuilder.h>
 #include <travik/tables/WenAnalogTables.h>
 #include <travik/tables/WiqTables.h>
+#include <travik/text/TableTemplates.h>
+#include <travik/text/TextExchange.h>
+#include <travik/text/TextLayout.h>

@@ -1,6 +1,6 @@
 #include "Tool.h"
 
-#include <travik/registry/text/TextExchange.h>
+#include <travik/text/TextExchange.h>
 
 #include <iostream>
 #include <sstream>

@@ -2,7 +2,7 @@
 
 #include <travik/datablock/Bytes.h>
 #include <travik/datablock/Checksum.h>
-#include <travik/registry/text/TextExchange.h>
+#include <travik/text/TextExchange.h>
 
 #include <algorithm>
 #include <iostream>

@@ -1,6 +1,6 @@
 #include <travik/datablock/TextWriter.h>
 #include <travik/modules/IqModulatorTablesV20.h>
-#include <travik/registry/text/TextLayout.h>
+#include <travik/text/TextLayout.h>
 
 #include <ostream>
 

@@ -1,6 +1,6 @@
 #include <travik/datablock/TextWriter.h>
 #include <travik/modules/OutputUnit.h>
-#include <travik/registry/text/TextLayout.h>
+#include <travik/text/TextLayout.h>
 
 namespace Travik {
 

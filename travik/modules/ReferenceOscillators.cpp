@@ -1,7 +1,7 @@
 #include <travik/datablock/TextWriter.h>
 #include <travik/modules/ReferenceOscillators.h>
 #include <travik/platform/ErrorManager.h>
-#include <travik/registry/text/TextLayout.h>
+#include <travik/text/TextLayout.h>
 
 namespace Travik {
 

@@ -14,9 +14,9 @@
 #include <travik/records/StatisticsRecords.h>
 #include <travik/records/WearCounters.h>
 #include <travik/registry/CatalogueRows.h>
-#include <travik/registry/rfboard/DunTables.h>
-#include <travik/registry/rfboard/KelTables.h>
-#include <travik/registry/rfboard/ToviTables.h>
+#include <travik/rfboard/DunTables.h>
+#include <travik/rfboard/KelTables.h>
+#include <travik/rfboard/ToviTables.h>
 #include <travik/tables/AttenuatorDetectorTables.h>
 #include <travik/tables/BasebandInputTables.h>
 #include <travik/tables/CalibrationValues.h>

@@ -2,7 +2,7 @@
 
 #include <travik/datablock/Fields.h>
 #include <travik/datablock/HwDatablock.h>
-#include <travik/registry/text/TableBlock.h>
+#include <travik/text/TableBlock.h>
 
 #include <memory>
 #include <span>

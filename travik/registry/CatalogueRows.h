@@ -2,7 +2,7 @@
 
 #include <travik/datablock/RecordFields.h>
 #include <travik/registry/Catalogue.h>
-#include <travik/registry/text/TableTemplates.h>
+#include <travik/text/TableTemplates.h>
 
 #include <algorithm>
 

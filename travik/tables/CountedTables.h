@@ -1,7 +1,7 @@
 #pragma once
 
 #include <travik/datablock/RecordBlock.h>
-#include <travik/registry/text/TextLayout.h>
+#include <travik/text/TextLayout.h>
 
 #include <string>
 

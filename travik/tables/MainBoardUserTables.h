@@ -1,6 +1,6 @@
 #pragma once
 
-#include <travik/registry/text/TableTemplates.h>
+#include <travik/text/TableTemplates.h>
 
 /// Tables of the main board that the user fills: IQ inputs and external calibration of the paths A and B.
 ///

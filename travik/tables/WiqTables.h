@@ -1,8 +1,8 @@
 #pragma once
 
-#include <travik/registry/text/TableTemplates.h>
-#include <travik/registry/text/TextLayout.h>
 #include <travik/tables/CountedTables.h>
+#include <travik/text/TableTemplates.h>
+#include <travik/text/TextLayout.h>
 
 #include <ostream>
 

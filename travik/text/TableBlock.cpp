@@ -3,7 +3,7 @@
 #include <travik/datablock/ErrorDefinitions.h>
 #include <travik/datablock/TextWriter.h>
 #include <travik/platform/ErrorManager.h>
-#include <travik/registry/text/TableBlock.h>
+#include <travik/text/TableBlock.h>
 
 #include <cmath>
 #include <ostream>

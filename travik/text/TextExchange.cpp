@@ -1,5 +1,5 @@
 #include <travik/datablock/TextWriter.h>
-#include <travik/registry/text/TextExchange.h>
+#include <travik/text/TextExchange.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <travik/registry/text/TableTemplates.h>
+#include <travik/text/TableTemplates.h>
 
 #include <array>
 

@@ -1,5 +1,5 @@
-#include <travik/registry/rfboard/DunTables.h>
-#include <travik/registry/rfboard/KelTables.h>
+#include <travik/rfboard/DunTables.h>
+#include <travik/rfboard/KelTables.h>
 
 namespace Travik {
 

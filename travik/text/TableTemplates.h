@@ -1,6 +1,6 @@
 #pragma once
 
-#include <travik/registry/text/TableBlock.h>
+#include <travik/text/TableBlock.h>
 
 namespace Travik {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <travik/registry/text/TableTemplates.h>
-#include <travik/registry/text/TextExchange.h>
+#include <travik/text/TableTemplates.h>
+#include <travik/text/TextExchange.h>
 
 /// Calibration and setting tables of the Kel RF board.
 ///
