@@ -2,11 +2,18 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS travik-platform travik-datablock EXPORT TravikDatablockTargets)
-install(TARGETS datablock)
+set(packages travik-datablock)
+set(unbuilt PATTERN "service" EXCLUDE)
+if(TRAVIK_BUILD_SERVICE)
+  install(TARGETS travik-service EXPORT TravikDatablockTargets)
+  install(TARGETS datablock)
+  list(APPEND packages travik-service)
+  unset(unbuilt)
+endif()
 
 # *Kernels.h are for the tests and benchmarks of the tree only.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE)
+  FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE ${unbuilt})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/TravikDatablock)
@@ -29,5 +36,7 @@ file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_I
 string(REGEX REPLACE "/$" "" pc_to_prefix ${pc_to_prefix})
 file(RELATIVE_PATH prefix_to_lib ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH prefix_to_include ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-configure_file(${CMAKE_CURRENT_LIST_DIR}/travik-datablock.pc.in ${PROJECT_BINARY_DIR}/travik-datablock.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/travik-datablock.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(package IN LISTS packages)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
