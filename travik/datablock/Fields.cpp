@@ -1,5 +1,9 @@
 #include <travik/datablock/Fields.h>
 
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
 namespace Travik {
 
 namespace {
@@ -9,6 +13,27 @@ std::size_t elementOffset(const Field& field, std::span<const unsigned int> inde
     for (std::size_t i = 0; i < field.rank && i < index.size(); ++i)
         offset += std::size_t{index[i]} * field.dimensions[i].stride;
     return offset;
+}
+
+#pragma pack(push, 1)
+struct Extended {
+    std::uint64_t significand; // with its integer bit at the top
+    std::uint16_t signAndExponent;
+};
+#pragma pack(pop)
+
+// What no processor takes for a number (no integer bit, although it is no denormal) is a NaN.
+double extendedValue(const Extended& stored) {
+    constexpr int bias = 16383;
+    constexpr int infinite = 0x7FFF;
+    constexpr std::uint64_t integerBit = std::uint64_t{1} << 63U;
+    const int exponent = stored.signAndExponent & infinite;
+    double value = std::numeric_limits<double>::quiet_NaN();
+    if (exponent == infinite && stored.significand == integerBit)
+        value = std::numeric_limits<double>::infinity();
+    else if (exponent == 0 || (exponent != infinite && (stored.significand & integerBit) != 0))
+        value = std::ldexp(static_cast<double>(stored.significand), std::max(exponent, 1) - bias - 63);
+    return (stored.signAndExponent & 0x8000U) != 0 ? -value : value;
 }
 
 double storedValue(std::span<const char> image, const Field& field, std::size_t offset) {
@@ -29,6 +54,12 @@ double storedValue(std::span<const char> image, const Field& field, std::size_t 
         return static_cast<double>(bytes::load<float>(image, offset));
     case Stored::F64:
         return bytes::load<double>(image, offset);
+    case Stored::U64:
+        return static_cast<double>(bytes::load<std::uint64_t>(image, offset));
+    case Stored::I64:
+        return static_cast<double>(bytes::load<std::int64_t>(image, offset));
+    case Stored::F80:
+        return extendedValue(bytes::load<Extended>(image, offset));
     case Stored::Text:
         break;
     }
@@ -55,8 +86,41 @@ double bitsValue(std::span<const char> image, const Field& field, std::size_t of
                           : static_cast<double>(word >> back);
 }
 
-unsigned int used(std::span<const char> image, std::span<const Field> fields, const Dimension& dimension,
-                  unsigned int first) {
+double elementValue(std::span<const char> image, const Field& field, std::size_t offset) {
+    if (!bytes::inside(image.size(), offset, field.width))
+        return 0.0;
+    return (field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset)) * field.scale +
+           field.zero;
+}
+
+// Elements of one type that follow each other: what nearly all fields are.
+template <class T>
+void loadAll(std::span<const char> image, const Field& field, std::span<double> values) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const T stored = bytes::load<T>(image, field.offset + i * sizeof(T));
+        values[i] = static_cast<double>(stored) * field.scale + field.zero;
+    }
+}
+
+bool isContiguous(const Field& field) {
+    std::size_t stride = field.width;
+    for (std::size_t d = field.rank; d-- > 0; stride *= field.dimensions[d].extent) {
+        if (field.dimensions[d].stride != stride)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::string_view storedName(Stored stored) {
+    static constexpr std::array<std::string_view, 12> names{"u8",  "i8",  "u16",  "i16", "u32", "i32",
+                                                            "f32", "f64", "text", "u64", "i64", "f80"};
+    return names.at(static_cast<std::size_t>(stored));
+}
+
+unsigned int usedEntries(std::span<const char> image, std::span<const Field> fields, const Dimension& dimension,
+                         unsigned int first) {
     if (!dimension.count)
         return dimension.extent;
     for (const Field& field : fields) {
@@ -67,8 +131,6 @@ unsigned int used(std::span<const char> image, std::span<const Field> fields, co
     }
     return dimension.extent;
 }
-
-} // namespace
 
 bool equalFields(std::span<const char> left, std::span<const char> right, std::span<const Field> fields) {
     return std::ranges::all_of(fields, [&](const Field& field) {
@@ -91,11 +153,35 @@ double fieldValue(std::span<const char> image, const Field& field, std::span<con
         if (index[i] >= field.dimensions[i].extent)
             return 0.0;
     }
-    const std::size_t offset = elementOffset(field, index);
-    if (!bytes::inside(image.size(), offset, field.width))
-        return 0.0;
-    return (field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset)) * field.scale +
-           field.zero;
+    return elementValue(image, field, elementOffset(field, index));
+}
+
+void fieldValues(std::span<const char> image, const Field& field, std::span<double> values) {
+    if (field.bits == 0 && isContiguous(field) &&
+        bytes::inside(image.size(), field.offset, values.size() * field.width)) {
+        switch (field.stored) {
+        case Stored::U8:
+            return loadAll<unsigned char>(image, field, values);
+        case Stored::I8:
+            return loadAll<signed char>(image, field, values);
+        case Stored::U16:
+            return loadAll<unsigned short>(image, field, values);
+        case Stored::I16:
+            return loadAll<short>(image, field, values);
+        case Stored::U32:
+            return loadAll<unsigned int>(image, field, values);
+        case Stored::I32:
+            return loadAll<int>(image, field, values);
+        case Stored::F32:
+            return loadAll<float>(image, field, values);
+        case Stored::F64:
+            return loadAll<double>(image, field, values);
+        default:
+            break;
+        }
+    }
+    for (unsigned int i = 0; i < values.size(); ++i)
+        values[i] = elementValue(image, field, field.elementOffset(i));
 }
 
 void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,
@@ -106,7 +192,7 @@ void visitFields(std::span<const char> image, std::span<const Field> fields, Ext
             if (depth < field.rank) {
                 const Dimension& dimension = field.dimensions[depth];
                 const unsigned int end =
-                    extent == Extent::Whole ? dimension.extent : used(image, fields, dimension, index[0]);
+                    extent == Extent::Whole ? dimension.extent : usedEntries(image, fields, dimension, index[0]);
                 for (index[depth] = 0; index[depth] < end; ++index[depth])
                     self(self, depth + 1);
                 return;

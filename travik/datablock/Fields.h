@@ -14,8 +14,12 @@
 /// it. Values with units, differences, JSON and plots follow from the list; nothing of it needs to know a class.
 namespace Travik {
 
-/// How an element of a field is stored.
-enum class Stored : unsigned char { U8, I8, U16, I16, U32, I32, F32, F64, Text };
+/// How an element of a field is stored. F80 is the ten bytes of the x87's extended format. Records have no 64-bit
+/// integers and no extended numbers; tables that describe themselves do.
+enum class Stored : unsigned char { U8, I8, U16, I16, U32, I32, F32, F64, Text, U64, I64, F80 };
+
+/// "u16", "f32", "text" and so on.
+TRAVIK_DATABLOCK_EXPORT std::string_view storedName(Stored stored);
 
 /// What a field is for.
 enum class Role : unsigned char {
@@ -94,6 +98,15 @@ enum class Extent : unsigned char {
 /// The value of one element in its unit; 0 where the image ends before it or the index is out of range.
 TRAVIK_DATABLOCK_EXPORT double fieldValue(std::span<const char> image, const Field& field,
                                           std::span<const unsigned int> index = {});
+
+/// How many entries of a dimension its count field says are in use, at most the capacity; the whole capacity where it
+/// has none. `first` is the index of the first dimension, which chooses among the counts where there are several.
+TRAVIK_DATABLOCK_EXPORT unsigned int usedEntries(std::span<const char> image, std::span<const Field> fields,
+                                                 const Dimension& dimension, unsigned int first = 0);
+
+/// The physical values of all elements of a field, the last dimension counted fastest, in one go: as `fieldValue` gives
+/// them one by one. `values` has room for `field.elements()`. The field is not a text.
+TRAVIK_DATABLOCK_EXPORT void fieldValues(std::span<const char> image, const Field& field, std::span<double> values);
 
 /// Whether two images are equal in all elements of the fields, floating numbers by value.
 TRAVIK_DATABLOCK_EXPORT bool equalFields(std::span<const char> left, std::span<const char> right,

@@ -1,0 +1,184 @@
+#include "Support.h"
+
+#include <travik/service/ImageFile.h>
+#include <travik/service/StoreValue.h>
+#include <travik/service/Values.h>
+
+#include <cmath>
+#include <filesystem>
+#include <limits>
+
+namespace {
+
+using namespace Travik;
+
+struct Sample {
+    std::string name;
+    std::vector<char> bytes;
+};
+
+const std::vector<Sample>& samples() {
+    static const std::vector<Sample> all = [] {
+        std::vector<Sample> read;
+        for (const auto& file : std::filesystem::directory_iterator(TRAVIK_SAMPLES)) {
+            if (file.path().extension() != ".bin")
+                continue;
+            Sample& sample = read.emplace_back(Sample{file.path().filename().string(), {}});
+            EXPECT_EQ(readImageFile(file.path().string(), sample.bytes), "");
+        }
+        return read;
+    }();
+    return all;
+}
+
+const Sample& sample(std::string_view name) {
+    for (const Sample& candidate : samples()) {
+        if (candidate.name == name)
+            return candidate;
+    }
+    ADD_FAILURE() << "no sample " << name;
+    return samples().front();
+}
+
+const ImageBlock& blockOf(const ModuleImage& image, int id) {
+    for (const ImageBlock& block : image.blocks()) {
+        if (block.id == id)
+            return block;
+    }
+    throw std::out_of_range("no block " + std::to_string(id));
+}
+
+bool same(double left, double right) { return left == right || (std::isnan(left) && std::isnan(right)); }
+
+TEST(Values, AreThoseThatTheVisitorHandsOut) {
+    for (const Sample& sample : samples()) {
+        const ModuleImage image(sample.bytes);
+        const ImageValues values(image);
+        for (const ImageBlock& block : image.blocks()) {
+            const BlockValues read = values.read(block);
+            std::size_t field = 0;
+            std::size_t element = 0;
+            visitFields(block.bytes, read.layout.fields(), Extent::Whole, [&](const FieldValue& visited) {
+                while (field < read.fields.size() && element == read.fields[field].size()) {
+                    ++field;
+                    element = 0;
+                }
+                ASSERT_LT(field, read.fields.size());
+                const FieldValues& now = read.fields[field];
+                ASSERT_STREQ(now.field->name, visited.field.name);
+                if (now.isText()) {
+                    ASSERT_EQ(now.texts[element], toUtf8(visited.text));
+                } else {
+                    ASSERT_TRUE(same(now.values[element], visited.value))
+                        << sample.name << ' ' << read.key << '.' << visited.field.name << '[' << element << ']';
+                }
+                ++element;
+            });
+        }
+    }
+}
+
+TEST(Values, GoAlongTheAxisOfTheirImage) {
+    const ModuleImage image(sample("rf-board.bin").bytes);
+    const ImageValues values(image);
+    const BlockValues read = values.read(blockOf(image, 15716));
+    const FieldValues* const field = read.find("values");
+    ASSERT_TRUE(field);
+    ASSERT_EQ(field->dimensions.size(), 2U);
+    EXPECT_EQ(field->dimensions[1].axisBlock, 15715);
+    ASSERT_TRUE(field->dimensions[1].axis);
+    EXPECT_EQ(field->dimensions[1].axis->size(), field->dimensions[1].used);
+    EXPECT_LT(field->dimensions[1].used, field->dimensions[1].extent);
+    EXPECT_TRUE(field->isUsed(0));
+    EXPECT_FALSE(field->isUsed(field->dimensions[1].extent - 1));
+}
+
+TEST(Values, OfASecondEditionTableFollowItsOwnTypes) {
+    const ModuleImage image(sample("second-edition.bin").bytes);
+    const ImageValues values(image);
+    for (const ImageBlock& block : image.blocks()) {
+        if (!block.isSecondEdition)
+            continue;
+        const BlockValues read = values.read(block);
+        EXPECT_EQ(read.key, "USER_" + std::to_string(block.id));
+        ASSERT_TRUE(read.find("update_index"));
+        ASSERT_TRUE(read.find("rows"));
+        for (const BlockLayout::Range& gap : read.layout.uncovered(block.bytes.size()))
+            EXPECT_LT(gap.length, 4U) << "only padding is left over";
+        for (const FieldValues& field : read.fields)
+            EXPECT_TRUE(field.isWhole) << field.field->name;
+    }
+}
+
+// Every number of every sample goes back to the bytes that it came from.
+TEST(StoreValue, IsTheInverseOfReading) {
+    for (const Sample& sample : samples()) {
+        const ModuleImage image(sample.bytes);
+        for (const ImageBlock& block : image.blocks()) {
+            const BlockLayout layout(block);
+            std::vector<char> bytes(block.bytes.begin(), block.bytes.end());
+            for (const Field& field : layout.fields()) {
+                std::vector<double> numbers(field.stored == Stored::Text ? 0 : field.elements());
+                if (!numbers.empty())
+                    fieldValues(block.bytes, field, numbers);
+                for (unsigned int i = 0; i < numbers.size(); ++i) {
+                    if (bytes::inside(bytes.size(), field.elementOffset(i), field.width) && std::isfinite(numbers[i])) {
+                        ASSERT_EQ(storeValue(bytes, field, i, numbers[i]), StoreOutcome::Exact)
+                            << sample.name << ' ' << block.id << '.' << field.name << '[' << i << "] " << numbers[i];
+                    }
+                }
+            }
+            EXPECT_TRUE(std::ranges::equal(bytes, block.bytes)) << sample.name << ' ' << block.id;
+        }
+    }
+}
+
+TEST(StoreValue, RefusesWhatAFieldCannotHold) {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    Field hundredths{.name = "level", .stored = Stored::I16, .width = 2, .unit = "dB", .scale = 0.01};
+    Field single{.name = "gain", .stored = Stored::F32, .width = 4};
+    Field bits{.name = "circular", .stored = Stored::U16, .width = 2, .bits = 14};
+    Field text{.name = "name", .role = Role::Text, .stored = Stored::Text, .width = 4};
+    Field date{.name = "date", .role = Role::Date, .stored = Stored::U16, .width = 2};
+    struct Case {
+        const Field& field;
+        double number;
+        StoreOutcome outcome;
+        std::vector<unsigned char> bytes;
+    };
+    const std::vector<Case> cases{
+        {hundredths, 1.25, StoreOutcome::Exact, {125, 0, 9, 9}},
+        {hundredths, 0.07, StoreOutcome::Exact, {7, 0, 9, 9}},
+        {hundredths, 1.254, StoreOutcome::Rounded, {125, 0, 9, 9}},
+        {hundredths, -327.68, StoreOutcome::Exact, {0, 0x80, 9, 9}},
+        {hundredths, 327.68, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
+        {hundredths, nan, StoreOutcome::NotFinite, {9, 9, 9, 9}},
+        {single, 3.4028235e38, StoreOutcome::Rounded, {0xFF, 0xFF, 0x7F, 0x7F}},
+        {single, 3.4028236e38, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
+        {single, -infinity, StoreOutcome::Exact, {0, 0, 0x80, 0xFF}},
+        {bits, 1, StoreOutcome::Exact, {1, 0, 9, 9}},
+        {bits, 16384, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
+        {text, 1, StoreOutcome::WrongKind, {9, 9, 9, 9}},
+    };
+    for (const Case& one : cases) {
+        std::vector<char> bytes(4, 9);
+        EXPECT_EQ(storeValue(bytes, one.field, 0, one.number), one.outcome) << one.field.name << ' ' << one.number;
+        EXPECT_TRUE(std::ranges::equal(bytes, one.bytes, {}, [](char c) { return static_cast<unsigned char>(c); }))
+            << one.field.name << ' ' << one.number;
+        EXPECT_EQ(describeOutcome(one.outcome, one.field).empty(), isStored(one.outcome));
+    }
+    EXPECT_EQ(describeOutcome(StoreOutcome::OutOfRange, hundredths), "out of range, takes -327.68 to 327.67 dB");
+
+    std::vector<char> bytes(4, 9);
+    EXPECT_EQ(storeText(bytes, text, 0, "A\xC3\xA4"), StoreOutcome::Exact);
+    EXPECT_EQ(std::string(bytes.data(), 4), std::string("A\xE4\0\0", 4));
+    EXPECT_EQ(storeText(bytes, text, 0, "ABCDE"), StoreOutcome::TooLong);
+    EXPECT_EQ(storeText(bytes, text, 0, "\xE2\x82\xAC"), StoreOutcome::NotLatin1);
+    EXPECT_EQ(storeText(bytes, date, 0, "2018-11-15"), StoreOutcome::Exact);
+    EXPECT_EQ(dateText(static_cast<unsigned int>(fieldValue(bytes, date))), "2018-11-15");
+    EXPECT_EQ(storeText(bytes, date, 0, "2018-02-30"), StoreOutcome::NoDate);
+    EXPECT_EQ(storeValue(std::span(bytes).first(1), date, 0, 1), StoreOutcome::Outside);
+}
+
+} // namespace
