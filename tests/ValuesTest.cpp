@@ -79,7 +79,10 @@ TEST(Values, AreThoseThatTheVisitorHandsOut) {
 }
 
 TEST(Values, GoAlongTheAxisOfTheirImage) {
-    const ModuleImage image(sample("rf-board.bin").bytes);
+    std::vector<char> bytes = sample("rf-board.bin").bytes;
+    const ModuleImage whole(bytes);
+    bytes[blockOf(whole, 15716).offset + 8] = 1; // of two rows
+    const ModuleImage image(bytes);
     const ImageValues values(image);
     const BlockValues read = values.read(blockOf(image, 15716));
     const FieldValues* const field = read.find("values");
@@ -88,9 +91,37 @@ TEST(Values, GoAlongTheAxisOfTheirImage) {
     EXPECT_EQ(field->dimensions[1].axisBlock, 15715);
     ASSERT_TRUE(field->dimensions[1].axis);
     EXPECT_EQ(field->dimensions[1].axis->size(), field->dimensions[1].used);
-    EXPECT_LT(field->dimensions[1].used, field->dimensions[1].extent);
-    EXPECT_TRUE(field->isUsed(0));
-    EXPECT_FALSE(field->isUsed(field->dimensions[1].extent - 1));
+    EXPECT_EQ(field->dimensions[0].used, 1U);
+    EXPECT_TRUE(field->isUsed(127));
+    EXPECT_FALSE(field->isUsed(128)) << "the first of the second row";
+}
+
+// A data table with as many points as its frequency block counts; each filter has frequencies of its own.
+TEST(Values, MayHaveAnAxisForEachRow) {
+    std::vector<char> bytes = sample("main-board.bin").bytes;
+    const ModuleImage image(bytes);
+    const ImageValues values(image);
+    const BlockValues frequencies = values.read(blockOf(image, 12210));
+    const BlockValues read = values.read(blockOf(image, 12230));
+    const FieldValues* const field = read.find("c1");
+    ASSERT_TRUE(field && field->dimensions.size() == 3 && field->dimensions[2].axis);
+    const Axis& axis = *field->dimensions[2].axis;
+    ASSERT_EQ(axis.byRow.size(), field->dimensions[0].extent);
+    const std::vector<double>& all = frequencies.find("frequency")->values;
+    for (std::size_t filter = 0; filter < axis.byRow.size(); ++filter) {
+        for (std::size_t point = 0; point < axis.at(filter).size(); ++point)
+            ASSERT_EQ(axis.at(filter)[point], all[filter * 150 + point]);
+    }
+}
+
+TEST(Values, HaveNoAxisThatDoesNotFit) {
+    std::vector<char> bytes = sample("rf-board.bin").bytes;
+    const ModuleImage whole(bytes);
+    bytes[blockOf(whole, 15715).offset + 8] = 100; // frequencies fewer than the table has columns
+    const ModuleImage image(bytes);
+    const BlockValues read = ImageValues(image).read(blockOf(image, 15716));
+    EXPECT_EQ(read.find("values")->dimensions[1].axisBlock, 15715);
+    EXPECT_FALSE(read.find("values")->dimensions[1].axis);
 }
 
 TEST(Values, OfASecondEditionTableFollowItsOwnTypes) {

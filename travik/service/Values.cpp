@@ -44,37 +44,62 @@ FieldValues valuesOf(std::span<const char> image, const Field& field) {
 // The field that labels the entries of a dimension of another block, or of that name in the block itself.
 const Field* axisField(std::span<const Field> fields, std::string_view dimension = {}) {
     const auto found = std::ranges::find_if(fields, [&](const Field& field) {
-        return field.role == Role::Axis && field.rank == 1 &&
+        return field.role == Role::Axis && field.rank > 0 &&
                (dimension.empty() || field.dimensions[0].name == dimension);
     });
     return found == fields.end() ? nullptr : &*found;
 }
 
+// A matrix of frequencies counts as their list: the entries in use, row after row.
+// `rows` is the array's first dimension: where the labels go along it, too, each of its entries has its own.
 std::shared_ptr<const Axis> readAxis(std::span<const char> image, int block, std::span<const Field> fields,
-                                     const Field& field) {
+                                     const Field& field, std::string_view rows) {
     FieldValues all = valuesOf(image, field);
     if (!all.isWhole)
         return nullptr;
-    const unsigned int used = usedEntries(image, fields, field.dimensions[0]);
+    for (unsigned int d = 0; d < field.rank; ++d) {
+        ValueDimension& dimension = all.dimensions.emplace_back();
+        dimension.extent = field.dimensions[d].extent;
+        dimension.used = usedEntries(image, fields, field.dimensions[d]);
+    }
     const auto axis = std::make_shared<Axis>();
     axis->block = block;
     axis->name = field.name;
     axis->unit = field.unit;
-    all.values.resize(field.stored == Stored::Text ? 0 : used);
-    all.texts.resize(field.stored == Stored::Text ? used : 0);
-    axis->values = std::move(all.values);
-    axis->texts = std::move(all.texts);
+    if (field.rank == 2 && field.dimensions[1].extent > 1 && rows == field.dimensions[0].name && !all.isText()) {
+        const unsigned int columns = field.dimensions[1].extent;
+        for (unsigned int row = 0; row < field.dimensions[0].extent; ++row) {
+            const auto first = all.values.begin() + static_cast<std::ptrdiff_t>(std::size_t{row} * columns);
+            axis->byRow.emplace_back(first, first + usedEntries(image, fields, field.dimensions[1], row));
+        }
+        return axis;
+    }
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (!all.isUsed(i))
+            continue;
+        if (all.isText())
+            axis->texts.push_back(std::move(all.texts[i]));
+        else
+            axis->values.push_back(all.values[i]);
+    }
     return axis;
 }
 
-} // namespace
-
-// RELATIVE-AXES: the catalogue's lists count axis blocks from their own identifier.
-static void makeAxesAbsolute(FieldList& fields, int id) {
+// The catalogue's lists count axis blocks from their own identifier.
+void makeAxesAbsolute(FieldList& fields, int id) {
     for (Field& field : fields) {
         for (Dimension& dimension : field.dimensions)
             dimension.axisBlock += dimension.axisBlock != 0 ? id : 0;
     }
+}
+
+} // namespace
+
+std::size_t Axis::size() const {
+    std::size_t most = std::max(values.size(), texts.size());
+    for (const std::vector<double>& row : byRow)
+        most = std::max(most, row.size());
+    return most;
 }
 
 bool FieldValues::isUsed(std::size_t element) const {
@@ -82,7 +107,7 @@ bool FieldValues::isUsed(std::size_t element) const {
     for (std::size_t d = dimensions.size(); d-- > 1;)
         first /= dimensions[d].extent;
     for (std::size_t d = dimensions.size(); d-- > 0; element /= dimensions[d].extent) {
-        const bool differs = d > 0 && !usedByRow.empty() && dimensions[d].used != dimensions[d].extent;
+        const bool differs = !usedByRow.empty() && d == variesIn;
         if (element % dimensions[d].extent >= (differs ? usedByRow[first] : dimensions[d].used))
             return false;
     }
@@ -144,8 +169,8 @@ const FieldValues* BlockValues::find(std::string_view name) const {
 
 ImageValues::ImageValues(const ModuleImage& image) : image_(&image) {}
 
-std::shared_ptr<const Axis> ImageValues::axisOf(int id) const {
-    const auto [known, isNew] = axes_.try_emplace(id);
+std::shared_ptr<const Axis> ImageValues::axisOf(int id, std::string_view rows) const {
+    const auto [known, isNew] = axes_.try_emplace({id, std::string(rows)});
     if (!isNew)
         return known->second;
     const ImageBlock* found = nullptr;
@@ -157,7 +182,7 @@ std::shared_ptr<const Axis> ImageValues::axisOf(int id) const {
         return nullptr;
     const BlockLayout layout(*found);
     if (const Field* const field = axisField(layout.fields()))
-        known->second = readAxis(found->bytes, id, layout.fields(), *field);
+        known->second = readAxis(found->bytes, id, layout.fields(), *field, rows);
     return known->second;
 }
 
@@ -179,11 +204,17 @@ BlockValues ImageValues::read(const ImageBlock& block) const {
             std::shared_ptr<const Axis> axis;
             if (dimension.axisBlock == block.id) {
                 if (const Field* const own = axisField(fields, dimension.name))
-                    axis = readAxis(block.bytes, block.id, fields, *own);
+                    axis = readAxis(block.bytes, block.id, fields, *own, {});
             } else if (dimension.axisBlock != 0) {
-                axis = axisOf(dimension.axisBlock);
+                axis = axisOf(dimension.axisBlock, d > 0 ? field.dimensions[0].name : "");
             }
-            if (!dimension.count) {
+            if (!dimension.count && axis && !axis->byRow.empty() && axis->byRow.size() == field.dimensions[0].extent &&
+                axis->size() <= made.extent) {
+                made.used = static_cast<unsigned int>(axis->size());
+                values.variesIn = d;
+                for (const std::vector<double>& row : axis->byRow)
+                    values.usedByRow.push_back(static_cast<unsigned int>(row.size()));
+            } else if (!dimension.count) {
                 made.used = axis && axis->size() <= made.extent ? static_cast<unsigned int>(axis->size()) : made.extent;
             } else if (d == 0) {
                 made.used = usedEntries(block.bytes, fields, dimension);
@@ -195,10 +226,18 @@ BlockValues ImageValues::read(const ImageBlock& block) const {
                 for (unsigned int row = 0; row < rows; ++row)
                     used[row] = usedEntries(block.bytes, fields, dimension, row);
                 made.used = *std::ranges::max_element(used);
-                if (std::ranges::adjacent_find(used, std::not_equal_to<>()) != used.end())
+                if (std::ranges::adjacent_find(used, std::not_equal_to<>()) != used.end()) {
                     values.usedByRow = std::move(used);
+                    values.variesIn = d;
+                }
             }
-            if (axis && axis->size() == made.used)
+            const auto matches = [&] {
+                if (axis->byRow.empty() || values.usedByRow.empty())
+                    return axis->size() == made.used;
+                return values.variesIn == d &&
+                       std::ranges::equal(axis->byRow, values.usedByRow, {}, &std::vector<double>::size);
+            };
+            if (axis && matches())
                 made.axis = std::move(axis);
         }
     }

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// The values of an image by name: what every command, script and binding works on. Nothing here knows a class; all of
@@ -16,14 +17,24 @@
 namespace Travik {
 
 /// What labels the entries of a dimension: the values of a frequency (or other) block of the same image.
-struct Axis {
+struct TRAVIK_SERVICE_EXPORT Axis {
     int block = 0;                  ///< identifier of the block that holds it
     std::string name;               ///< of its field
     std::string unit;               ///< "" where there is none
     std::vector<double> values;     ///< physical, those in use; empty for texts
     std::vector<std::string> texts; ///< UTF-8, those in use; empty for numbers
+    /// Where the labels depend on the index of the array's first dimension (each filter has frequencies of its own):
+    /// those of each. Then `values` and `texts` are empty.
+    std::vector<std::vector<double>> byRow;
 
-    std::size_t size() const { return texts.empty() ? values.size() : texts.size(); }
+    /// The numbers that label the entries at an index of the array's first dimension.
+    std::span<const double> at(std::size_t row) const {
+        return byRow.empty()        ? std::span(values)
+               : row < byRow.size() ? std::span(byRow[row])
+                                    : std::span<const double>();
+    }
+    /// How many entries are labelled; the most of any row.
+    std::size_t size() const;
 };
 
 /// One dimension of an array of values.
@@ -47,8 +58,10 @@ struct TRAVIK_SERVICE_EXPORT FieldValues {
     std::vector<double> values;
     /// Of a text field: UTF-8, up to the first NUL. Of a date field: ISO 8601, or empty where the number is no date.
     std::vector<std::string> texts;
-    /// Entries of the second dimension in use by index of the first, where they differ; else empty.
+    /// Where a dimension has not as many entries in use at every index of the first: how many at each, and which
+    /// dimension it is. Else empty.
     std::vector<unsigned int> usedByRow;
+    std::size_t variesIn = 0;
     bool isWhole = true; ///< whether all elements lie in the block
 
     bool isText() const { return field->stored == Stored::Text; }
@@ -108,9 +121,9 @@ public:
 
 private:
     const ModuleImage* image_;
-    mutable std::map<int, std::shared_ptr<const Axis>> axes_;
+    mutable std::map<std::pair<int, std::string>, std::shared_ptr<const Axis>> axes_;
 
-    std::shared_ptr<const Axis> axisOf(int id) const;
+    std::shared_ptr<const Axis> axisOf(int id, std::string_view rows) const;
 };
 
 /// The key name of a block: its class's; "USER_" and the identifier for a second-edition table; else empty.
