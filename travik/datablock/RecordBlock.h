@@ -11,16 +11,6 @@ namespace Travik {
 
 namespace detail {
 
-/// Bytes from the start of the record: what a pointer to a data member is made of on every compiler this is built with.
-template <auto Member>
-std::size_t memberOffset() noexcept {
-    std::ptrdiff_t offset = 0;
-    constexpr auto member = Member;
-    static_assert(sizeof member == sizeof offset);
-    std::memcpy(&offset, &member, sizeof offset);
-    return static_cast<std::size_t>(offset);
-}
-
 /// Where an element of type T (rank by rank an array) lies in its member, or nothing for an index out of range.
 template <class T, class... Index>
 constexpr std::optional<std::size_t> elementOffset(Index... indices) noexcept {
@@ -50,6 +40,7 @@ public:
     using Record = R;
     static_assert(std::is_trivially_copyable_v<R> && std::is_base_of_v<HwSDatablockHeader, R>);
     static_assert(sizeof(R) <= 0xFFFF, "the size word holds the record's size");
+    static_assert(detail::HasFieldList<R>, "next to the record stands its field list: recordFields<R>");
 
     /// The buffer as the typed record.
     Record* getBlock() { return reinterpret_cast<Record*>(getData()); }

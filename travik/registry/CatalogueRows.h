@@ -83,10 +83,20 @@ struct Row : CatalogueEntry {
 };
 
 using Create = std::unique_ptr<HwDatablock> (*)(const CatalogueEntry& entry, int id);
+using Key = std::string (*)(const CatalogueEntry& entry, int id);
+using Fields = FieldList (*)(const CatalogueEntry& entry, int id);
 
+/// A class that is made by a function of its own.
 template <class Block>
-constexpr Row<Block> rows(int first, int last, Create create) {
-    Row<Block> row{{first, last, className<Block>(), true, create, keyOf<Block>, fieldsOf<Block>, nullptr}};
+constexpr Row<Block> rows(int first, int last, Create create, Key key = keyOf<Block>, Fields fields = fieldsOf<Block>) {
+    Row<Block> row{{.first = first,
+                    .last = last,
+                    .className = className<Block>(),
+                    .registered = true,
+                    .create = create,
+                    .key = key,
+                    .fields = fields,
+                    .restore = nullptr}};
     if constexpr (requires { Block::exchange; })
         row.exchange = &Block::exchange;
     return row;
@@ -133,13 +143,14 @@ template <template <class, class, class, unsigned int, unsigned int> class Templ
           unsigned int M>
 constexpr CatalogueEntry bareTable(const TableSpec& spec) {
     using Block = Template<MiscData<StoreT, N, M>, StoreT, double, N, M>;
-    CatalogueEntry entry =
-        rows<Block>(spec.id, spec.id, [](const CatalogueEntry& e, int id) -> std::unique_ptr<HwDatablock> {
+    CatalogueEntry entry = rows<Block>(
+        spec.id, spec.id,
+        [](const CatalogueEntry& e, int id) -> std::unique_ptr<HwDatablock> {
             return std::make_unique<Block>(e.table.key, static_cast<unsigned int>(id), 0, e.table.scale, N, M, true);
-        });
+        },
+        [](const CatalogueEntry& e, int) -> std::string { return e.table.key; },
+        [](const CatalogueEntry& e, int) { return tableFields(Block::shape, e.table); });
     entry.table = spec;
-    entry.key = [](const CatalogueEntry& e, int) -> std::string { return e.table.key; };
-    entry.fields = [](const CatalogueEntry& e, int) { return tableFields(Block::shape, e.table); };
     return entry;
 }
 
