@@ -413,9 +413,9 @@ TEST(BoardTableFields, AxesAreTheFrequencyBlocksOfTheSamePath) {
             if (points.axisBlock == 0)
                 continue;
             ++axes;
-            const CatalogueEntry* const labels = findEntry(kind.id + points.axisBlock);
+            const CatalogueEntry* const labels = findEntry(points.axisBlock);
             ASSERT_TRUE(labels);
-            const FieldList fields = labels->fields(*labels, kind.id + points.axisBlock);
+            const FieldList fields = labels->fields(*labels, points.axisBlock);
             EXPECT_EQ(fields.back().role, Role::Axis);
             EXPECT_EQ(fields.back().dimensions[fields.back().rank - 1U].extent, points.extent);
             EXPECT_NE(labels->className.find("Freq"), std::string_view::npos);

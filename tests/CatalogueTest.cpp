@@ -86,7 +86,7 @@ TEST(Catalogue, FieldListsCoverTheirRecords) {
                                           fields, [&](const Field& f) { return std::string_view(f.name) == count; }))
                     << named(block) << ' ' << field.name << " is counted by " << count;
                 const int axis = field.dimensions[d].axisBlock;
-                EXPECT_TRUE(axis == 0 || findEntry(block.id + axis)) << named(block) << ' ' << field.name;
+                EXPECT_TRUE(axis == 0 || findEntry(axis)) << named(block) << ' ' << field.name;
             }
         }
         if (fields.empty())

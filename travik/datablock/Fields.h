@@ -35,7 +35,9 @@ struct Dimension {
     /// The field that says how many entries are in use; null: all are. Where that field is an array itself, its entry
     /// is chosen by the index of the first dimension.
     const char* count = nullptr;
-    /// The block that labels the entries, relative to this block's identifier: -1 is the identifier before; 0: none.
+    /// The identifier of the block that labels the entries; 0: none. The list that the catalogue hands out for an
+    /// identifier names the very block of a module that belongs to it: of a table of path B the frequencies of path B.
+    /// In the list of a record (`recordFields`), which serves all paths, it is the block of the first.
     int axisBlock = 0;
 };
 

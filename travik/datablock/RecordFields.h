@@ -103,8 +103,8 @@ struct FieldSet {
         return with([&](Field& field) { field.role = role; });
     }
 
-    /// Names a dimension (outermost 0), the field that counts its entries in use, and the block that labels them,
-    /// relative to this block's identifier.
+    /// Names a dimension (outermost 0), the field that counts its entries in use, and the block that labels them: its
+    /// identifier, of blocks that exist once a path that of the first.
     consteval FieldSet along(std::size_t dimension, const char* name, const char* count = nullptr,
                              int axisBlock = 0) const {
         return with([&](Field& field) {

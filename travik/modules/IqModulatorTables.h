@@ -168,7 +168,7 @@ consteval auto describeIqModulatorRows() {
                           packed<&Row::word1>("lev_att_15", Row::levAtt15).in("dB", Row::levAttStep, 15),
                           packed<&Row::word1>("lev_att_30", Row::levAtt30).sameWord().in("dB", Row::levAttStep, 30),
                           packed<&Row::word1>("lev_att_45", Row::levAtt45).sameWord().in("dB", Row::levAttStep, 45))
-            .along(0, "point", nullptr, -1));
+            .along(0, "point", nullptr, 10302));
 }
 
 } // namespace detail
@@ -305,8 +305,6 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockIqOp3RfmCalibData : public IqModulatorRowTable<HwSDatablockIqOp3RfmCalibData> {
 public:
     static constexpr std::string_view keyName = "IQOP3_RFM_CALIB_DATA";
-    /// The fields, their frequencies in the one block that the tables of all operating states share.
-    static FieldList fieldsOf(int id);
 
     explicit HwDatablockIqOp3RfmCalibData(bool stopConversionOnError = false);
     HwDatablockIqOp3RfmCalibData(const HwDatablockIqOp3RfmCalibData& other);

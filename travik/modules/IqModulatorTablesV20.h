@@ -111,7 +111,7 @@ consteval auto describeIqModulatorRowsV20() {
             field<&Row::levAtt30Norm>("lev_att_30_norm").in("dB"),
             field<&Row::levAtt45Norm>("lev_att_45_norm").in("dB"), field<&Row::levAtt15Ovr>("lev_att_15_ovr").in("dB"),
             field<&Row::levAtt30Ovr>("lev_att_30_ovr").in("dB"), field<&Row::levAtt45Ovr>("lev_att_45_ovr").in("dB"))
-            .along(0, "point", nullptr, 10302 - 10316));
+            .along(0, "point", nullptr, 10302));
 }
 
 } // namespace detail

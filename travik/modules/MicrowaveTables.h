@@ -107,7 +107,7 @@ consteval auto describeLevelMatrix() {
                        field<&R::correction>("correction")
                            .in(kind.style.unit, 0.01)
                            .along(0, "level_step", "number_of_level_steps")
-                           .along(1, "point", kind.pointCount, kind.frequencyId - kind.id));
+                           .along(1, "point", kind.pointCount, kind.frequencyId));
 }
 
 template <class R>
@@ -131,7 +131,7 @@ inline constexpr auto recordFields<HwSDatablockPokMwIfExtLevCalDataAbsCorr> =
         field<&HwSDatablockPokMwIfExtLevCalDataAbsCorr::count>("count").as(Role::Count),
         field<&HwSDatablockPokMwIfExtLevCalDataAbsCorr::correction>("correction")
             .in("dBm", 0.01)
-            .along(0, "point", "count", -2));
+            .along(0, "point", "count", 12040));
 
 /// A correction matrix: level step 0..19 by frequency point.
 template <class R>

@@ -105,7 +105,7 @@ inline constexpr auto recordFields<HwSDatablockCwopDetLinCorrData> = describe<Hw
     entries<&HwSDatablockCwopDetLinCorrData::values>(field<&HwSLevCorrValues::level>("level"),
                                                      field<&HwSLevCorrValues::correction>("correction"))
         .along(0, "step", "steps")
-        .along(1, "point", "frequencies", -2));
+        .along(1, "point", "frequencies", 12290));
 
 /// 12292 and 12293: linearity correction of the detector, up to 10 levels at up to 50 frequencies. Printing leaves
 /// precision 3 on the stream.

@@ -76,7 +76,7 @@ struct Quantity {
     const char* unit = "";
     double scale = 1.0; ///< value in the unit = stored number × scale
     Role role = Role::Value;
-    int axisBlock = 0; ///< the block with the frequencies, relative to this one; 0: none
+    int axisBlock = 0; ///< identifier of the block with the frequencies, of several paths that of path A; 0: none
 };
 
 /// How users see a stored number.

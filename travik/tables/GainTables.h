@@ -111,7 +111,7 @@ inline constexpr auto recordFields<HwSDatablockCwOp3AmGainData> = describe<HwSDa
         field<&HwSCwOp3AmGainDataBlock::cwGain>("cw_gain"), field<&HwSCwOp3AmGainDataBlock::amGain>("am_gain"),
         field<&HwSCwOp3AmGainDataBlock::reserve1>("reserve1").as(Role::Reserved),
         field<&HwSCwOp3AmGainDataBlock::reserve2>("reserve2").as(Role::Reserved))
-        .along(0, "point", nullptr, -1));
+        .along(0, "point", nullptr, 10500));
 
 /// 10501: gain at the 200 frequency points of 10500; has no count.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockCwOp3AmGainData

@@ -162,7 +162,7 @@ inline constexpr auto recordFields<HwSDatablockMbrdRfResponseAttAmpl> = describe
                                                         field<&HwSAttPolynomValues::c2>("c2").in("", 1e-4),
                                                         field<&HwSAttPolynomValues::c3>("c3").in("", 1e-4))
         .along(0, "attenuator")
-        .along(1, "point", "count", -10));
+        .along(1, "point", "count", 12260));
 
 /// 12270 to 12273: amplitude polynomials of the six attenuators over the frequencies of 12260.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdRfResponseAttAmpl
@@ -246,7 +246,7 @@ struct Scaling {
 };
 
 template <class R>
-consteval auto polynomialFields(Scaling c0, Scaling c1, Scaling c2, Scaling c3, int axisBlock) {
+consteval auto polynomialFields(Scaling c0, Scaling c1, Scaling c2, Scaling c3) {
     return describe<R>(field<&R::counts>("counts").as(Role::Count).along(0, "filter"),
                        entries<&R::values>(field<&HwSPolynomValues::c0>("c0").in("", c0.factor, c0.zero),
                                            field<&HwSPolynomValues::c1>("c1").in("", c1.factor, c1.zero),
@@ -254,18 +254,17 @@ consteval auto polynomialFields(Scaling c0, Scaling c1, Scaling c2, Scaling c3, 
                                            field<&HwSPolynomValues::c3>("c3").in("", c3.factor, c3.zero))
                            .along(0, "filter")
                            .along(1, "iq_peak_level")
-                           .along(2, "point", "counts", axisBlock));
+                           .along(2, "point", "counts", 12210));
 }
 
 } // namespace detail
 
 template <>
 inline constexpr auto recordFields<HwSDatablockMbrdRfResponseLpAmp> =
-    detail::polynomialFields<HwSDatablockMbrdRfResponseLpAmp>({1.0 / 460}, {1.0 / 300}, {1.0 / 190}, {1.0 / 3200, 1.0},
-                                                              -20);
+    detail::polynomialFields<HwSDatablockMbrdRfResponseLpAmp>({1.0 / 460}, {1.0 / 300}, {1.0 / 190}, {1.0 / 3200, 1.0});
 template <>
 inline constexpr auto recordFields<HwSDatablockMbrdRfResponseLpPh> =
-    detail::polynomialFields<HwSDatablockMbrdRfResponseLpPh>({1.0 / 3}, {1.0 / 3}, {1.0 / 3}, {1.0 / 3}, -30);
+    detail::polynomialFields<HwSDatablockMbrdRfResponseLpPh>({1.0 / 3}, {1.0 / 3}, {1.0 / 3}, {1.0 / 3});
 
 /// What amplitude and phase of the filters share. IQ peak levels are 0 to 3.
 template <class R>
