@@ -64,7 +64,7 @@ protected:
     using RecordBlock::RecordBlock;
 
     /// What is stored of a name ends at its first NUL.
-    void trimName() { putText<&Record::name>(getText<&Record::name>()); }
+    void trimName() { putText<&Record::name>(loadText<&Record::name>()); }
     /// The lines from PARTNUMBER to NAME; whatever follows the name is printed behind it. Leaves the stream's fill at
     /// "0" and its adjustment at right.
     void printIdentity(TextWriter& out, std::string_view behindName = {}) const;

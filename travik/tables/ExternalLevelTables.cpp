@@ -81,7 +81,7 @@ short Enhanced::getCorLevelValue(unsigned char row, unsigned int column) const {
 
 void Enhanced::setCorLevelValue(short value, unsigned char row, unsigned int column) {
     if (row < usableRows())
-        setValue(value, row, column);
+        storeValue(value, row, column);
 }
 
 int Enhanced::setBlock(const Record* record) {

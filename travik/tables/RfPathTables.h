@@ -18,9 +18,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfFreq() const { return count(); }
-    void setNumberOfIqImbalanceRfFreq(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfFreq(unsigned int count) { storeCount(count); }
     unsigned int getIqImbalanceRfFreq(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfFreq(unsigned int value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfFreq(unsigned int value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfEvenAmp : CountedRecord<short[600], 1212> {
@@ -33,9 +33,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfEvenAmp() const { return count(); }
-    void setNumberOfIqImbalanceRfEvenAmp(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfEvenAmp(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfEvenAmp(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfEvenAmp(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfEvenAmp(short value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfEvenPh : CountedRecord<short[600], 1212> {
@@ -48,9 +48,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfEvenPh() const { return count(); }
-    void setNumberOfIqImbalanceRfEvenPh(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfEvenPh(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfEvenPh(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfEvenPh(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfEvenPh(short value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfOddAmp : CountedRecord<short[600], 1212> {
@@ -63,9 +63,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfOddAmp() const { return count(); }
-    void setNumberOfIqImbalanceRfOddAmp(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfOddAmp(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfOddAmp(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfOddAmp(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfOddAmp(short value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfOddPh : CountedRecord<short[600], 1212> {
@@ -78,9 +78,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfOddPh() const { return count(); }
-    void setNumberOfIqImbalanceRfOddPh(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfOddPh(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfOddPh(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfOddPh(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfOddPh(short value, unsigned int k) { storeValue(value, k); }
 };
 
 // RF frequency response
@@ -113,9 +113,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getCountOfIoPepInfoValues() const { return count(); }
-    void setCountOfIoPepInfoValues(unsigned int count) { setCount(count); }
+    void setCountOfIoPepInfoValues(unsigned int count) { storeCount(count); }
     unsigned int getIoPepInfoValue(unsigned int k) const { return value(k); }
-    void setIoPepInfoValue(unsigned int value, unsigned int k) { setValue(value, k); }
+    void setIoPepInfoValue(unsigned int value, unsigned int k) { storeValue(value, k); }
 };
 
 #pragma pack(push, 1)
@@ -171,12 +171,12 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfRfRespAttFreqs() const { return count(); }
-    void setNumberOfRfRespAttFreqs(unsigned int count) { setCount(count); }
+    void setNumberOfRfRespAttFreqs(unsigned int count) { storeCount(count); }
     HwSAttPolynomValues getCorLevelValue(unsigned char attenuator, unsigned int k) const {
         return value(attenuator, k);
     }
     void setCorLevelValue(const HwSAttPolynomValues& value, unsigned char attenuator, unsigned int k) {
-        setValue(value, attenuator, k);
+        storeValue(value, attenuator, k);
     }
 
     std::ostream& printToStream(std::ostream& os) override;

@@ -34,7 +34,7 @@ protected:
             this->template put<Vector>(values[i], i);
     }
     template <auto Vector>
-    void getVector(double* values) const {
+    void loadVector(double* values) const {
         for (unsigned int i = 0; i < R::length; ++i)
             values[i] = this->template get<Vector>(i);
     }
