@@ -60,6 +60,8 @@ struct Field {
     unsigned char rank = 0; ///< number of dimensions; 0: a single value
     std::array<Dimension, maxRank> dimensions{};
 
+    constexpr bool isFloating() const { return stored == Stored::F32 || stored == Stored::F64; }
+
     unsigned int elements() const {
         unsigned int product = 1;
         for (unsigned int i = 0; i < rank; ++i)

@@ -229,11 +229,16 @@ concept HasFieldList = !std::same_as<std::remove_const_t<decltype(recordFields<R
 template <class Record>
 requires(std::derived_from<Record, HwSDatablockHeader>&& detail::HasFieldList<Record>) bool operator==(
     const Record& left, const Record& right) {
-    const HwSDatablockHeader& leftHeader = left;
-    const HwSDatablockHeader& rightHeader = right;
-    return leftHeader == rightHeader &&
-           equalFields({reinterpret_cast<const char*>(&left), sizeof left},
-                       {reinterpret_cast<const char*>(&right), sizeof right}, recordFields<Record>);
+    // The list covers the record: without a floating field, its fields are its bytes.
+    if constexpr (std::ranges::none_of(recordFields<Record>, &Field::isFloating)) {
+        return std::memcmp(&left, &right, sizeof left) == 0;
+    } else {
+        const HwSDatablockHeader& leftHeader = left;
+        const HwSDatablockHeader& rightHeader = right;
+        return leftHeader == rightHeader &&
+               equalFields({reinterpret_cast<const char*>(&left), sizeof left},
+                           {reinterpret_cast<const char*>(&right), sizeof right}, recordFields<Record>);
+    }
 }
 
 } // namespace Travik

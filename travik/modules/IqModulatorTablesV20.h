@@ -2,6 +2,8 @@
 
 #include <travik/modules/IqModulatorTables.h>
 
+#include <cstring>
+
 /// The calibration of the IQ modulator board's RF module, second generation.
 namespace Travik {
 
@@ -68,11 +70,11 @@ static_assert(sizeof(HwSDatablockIqOp3RfmCalibDataV20) == 14408);
 
 /// Byte by byte: 0.0 and -0.0 differ, and a NaN equals itself.
 inline bool operator==(const HwSIqOp3RfmCalibDataBlockV20& left, const HwSIqOp3RfmCalibDataBlockV20& right) {
-    return detail::sameBytes(left, right);
+    return std::memcmp(&left, &right, sizeof left) == 0;
 }
 /// Header and every row, byte by byte.
 inline bool operator==(const HwSDatablockIqOp3RfmCalibDataV20& left, const HwSDatablockIqOp3RfmCalibDataV20& right) {
-    return detail::sameBytes(left, right);
+    return std::memcmp(&left, &right, sizeof left) == 0;
 }
 
 namespace detail {
