@@ -2,9 +2,6 @@
 
 #include <travik/datablock/RecordBlock.h>
 
-#include <algorithm>
-#include <span>
-
 /// The calibration of the IQ modulator board's RF module: the blocks of the first generation, and those that both
 /// generations have. The second generation's own blocks are in IqModulatorTablesV20.h.
 namespace Travik {
@@ -30,12 +27,6 @@ struct BitField {
         return (word & ~mask) | ((static_cast<unsigned int>(value) << shift) & mask);
     }
 };
-
-/// Whether two records, which have no padding, are the same byte by byte.
-template <class T>
-bool sameBytes(const T& left, const T& right) {
-    return std::ranges::equal(std::as_bytes(std::span(&left, 1)), std::as_bytes(std::span(&right, 1)));
-}
 
 } // namespace detail
 
@@ -119,10 +110,6 @@ static_assert(sizeof(HwSDatablockIqOp3RfmCalibData) == 2412);
 /// All seven fields, the reserve included: together they are the whole row.
 constexpr bool operator==(const HwSIqOp3RfmCalibDataBlock& left, const HwSIqOp3RfmCalibDataBlock& right) {
     return left.word0 == right.word0 && left.word1 == right.word1;
-}
-/// Header, operating state and every row: together they are the whole record.
-inline bool operator==(const HwSDatablockIqOp3RfmCalibData& left, const HwSDatablockIqOp3RfmCalibData& right) {
-    return detail::sameBytes(left, right);
 }
 
 template <>
@@ -314,9 +301,11 @@ public:
     void setOperatingState(unsigned int state) { set<&Record::operatingState>(state); }
 
     /// How many objects of the class were ever made in the process, copies and the dictionary's prototypes included;
-    /// printed as the number of the operating state. May be read and counted up from several threads.
+    /// printed as the number of the operating state. A conversion of any block's byte order counts as a dictionary. May
+    /// be read and counted up from several threads.
     unsigned int getInstanceCounter() const;
     static unsigned int instanceCounter;
+    static constexpr unsigned short firstId = 10303;
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong and it is not the record of identifier
     /// 10303 that is zero elsewhere.
@@ -324,9 +313,6 @@ public:
         return takeTableOver(record, firstId, "HwSDatablockIqOp3RfmCalibData");
     }
     std::ostream& printToStream(std::ostream& os) override;
-
-private:
-    static constexpr unsigned short firstId = 10303;
 };
 
 } // namespace Travik
