@@ -47,8 +47,6 @@ std::unique_ptr<HwDatablock> levconTempData(const CatalogueEntry& entry, int id)
                                                                  id - entry.first);
 }
 
-constexpr auto axis = Role::Axis;
-
 /// Its key is its creator's choice; a block that is found in an image gets the usual one.
 std::unique_ptr<HwDatablock> rfImbalance(const CatalogueEntry& /*entry*/, int /*id*/) {
     return std::make_unique<HwDatablockWenWiqRfImbalanceData>(HwDatablockWenWiqRfImbalanceData::table.key, 0, false);
@@ -132,12 +130,12 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockOrbMbrdPllDacCalibValue>(12280),
     rowsByInstance<HwDatablockCwopDetLinCorrFreq, true>(12290, 12291),
     rowsByInstance<HwDatablockCwopDetLinCorrData, true>(12292, 12293),
-    table<int, 200, 1>({.id = 12300, .key = "LOOPGAIN_FREQ", .scale = 0.01, .role = axis}),
+    table<int, 200, 1>({.id = 12300, .key = "LOOPGAIN_FREQ", .scale = 0.01, .role = Role::Axis}),
     table<int, 1, 200>({.id = 12301, .key = "LOOPGAIN_PK", .scale = 1000.0, .columnAxis = 12300}),
     table<int, 1, 200>({.id = 12302, .key = "LOOPGAIN_P_VALUE_BASE_PK", .scale = 1000.0, .columnAxis = 12300}),
     table<int, 1, 200>({.id = 12303, .key = "LOOPGAIN_I_VALUE_BASE_PK", .scale = 1000.0, .columnAxis = 12300}),
     table<int, 1, 200>({.id = 12304, .key = "LOOPGAIN_I_VALUE_OFFSET_PK", .columnAxis = 12300}),
-    table<int, 50, 1>({.id = 12305, .key = "LOOPGAIN_PK_LIST", .role = axis}),
+    table<int, 50, 1>({.id = 12305, .key = "LOOPGAIN_PK_LIST", .role = Role::Axis}),
     table<int, 50, 200>(
         {.id = 12306, .key = "LOOPGAIN_P_VALUE_BASE_PK_LIST", .scale = 1000.0, .rowAxis = 12305, .columnAxis = 12300}),
     table<int, 50, 200>(
@@ -181,7 +179,7 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     row<HwDatablockPokOcxoRefCalValue>(15002),
     row<HwDatablockDetLimiterMaxVoltFreq>(15020),
     row<HwDatablockDetLimiterMaxVoltData>(15021),
-    table<int, 10, 1>({.id = 15022, .key = "POK_TEMPERATURE", .scale = 100.0, .role = axis}),
+    table<int, 10, 1>({.id = 15022, .key = "POK_TEMPERATURE", .scale = 100.0, .role = Role::Axis}),
     table<int, 10, 1>({.id = 15023, .key = "POK_TEMPCORR_LEVEL", .scale = 0.01, .rowAxis = 15022}),
     table<int, 1, 1>({.id = 15024, .key = "DET_DIFF_TEMPERATURE", .scale = 100.0}),
     table<int, 1, 1>({.id = 15025, .key = "DET_TEMPCORR_LOW_FREQ", .scale = 100.0}),
