@@ -149,6 +149,8 @@ std::vector<Kind> kinds() {
 #undef FIXED
 #undef PATH
 
+const Held held(kinds(), &Kind::id);
+
 class EveryBoardTable : public testing::TestWithParam<Kind> {
 protected:
     std::unique_ptr<HwDatablock> block_ = GetParam().make();
@@ -400,28 +402,6 @@ TEST(BoardTableAccessors, OfCountsOfTables) {
     HwDatablockMbrdRfResponseLpAmp filters(0);
     expectList("filters", filters, &HwDatablockMbrdRfResponseLpAmp::getNumberOfFreqCount,
                &HwDatablockMbrdRfResponseLpAmp::setNumberOfFreqCount, 9, 100U, 100U);
-}
-
-TEST(BoardTableFields, AxesAreTheFrequencyBlocksOfTheSamePath) {
-    unsigned int axes = 0;
-    for (const Kind& kind : kinds()) {
-        SCOPED_TRACE(kind.className);
-        const CatalogueEntry* const entry = findEntry(kind.id);
-        ASSERT_TRUE(entry);
-        for (const Field& data : entry->fields(*entry, kind.id)) {
-            const Dimension& points = data.dimensions[data.rank > 0 ? data.rank - 1U : 0U];
-            if (points.axisBlock == 0)
-                continue;
-            ++axes;
-            const CatalogueEntry* const labels = findEntry(kind.id + points.axisBlock);
-            ASSERT_TRUE(labels);
-            const FieldList fields = labels->fields(*labels, kind.id + points.axisBlock);
-            EXPECT_EQ(fields.back().role, Role::Axis);
-            EXPECT_EQ(fields.back().dimensions[fields.back().rank - 1U].extent, points.extent);
-            EXPECT_NE(labels->className.find("Freq"), std::string_view::npos);
-        }
-    }
-    EXPECT_GT(axes, 40U);
 }
 
 } // namespace

@@ -232,6 +232,8 @@ TEST(BoardTableText, AmGainPrintsAllItsRows) {
     EXPECT_EQ(lineOf(text, -2), "200: \t\t1\t-2\t3\t-4\t");
 }
 
+const Held held{15606};
+
 TEST(BoardTableText, RfImbalancePrintsItsCreatorsKeyAndNoEmptyLine) {
     HwDatablockWenWiqRfImbalanceData table("MY_KEY", 2, false);
     EXPECT_EQ(table.getId(), 15608);

@@ -85,8 +85,6 @@ TEST(Catalogue, FieldListsCoverTheirRecords) {
                 EXPECT_TRUE(!count || std::ranges::any_of(
                                           fields, [&](const Field& f) { return std::string_view(f.name) == count; }))
                     << named(block) << ' ' << field.name << " is counted by " << count;
-                const int axis = field.dimensions[d].axisBlock;
-                EXPECT_TRUE(axis == 0 || findEntry(block.id + axis)) << named(block) << ' ' << field.name;
             }
         }
         if (fields.empty())
@@ -149,23 +147,6 @@ TEST(Catalogue, PhysicalValues) {
     bits.isSigned = true;
     EXPECT_EQ(fieldValue(bytes, bits), -1.0);
     EXPECT_EQ(fieldValue(bytes.substr(0, 2), bits), 0.0) << "beyond the image";
-}
-
-TEST(Records, EqualInEveryField) {
-    HwDatablockIdent ident;
-    const HwSDatablockIdent before = *ident.getBlock();
-    EXPECT_TRUE(before == *ident.getBlock());
-    for (std::size_t byte = 0; byte < sizeof before; ++byte) {
-        HwSDatablockIdent changed = before;
-        reinterpret_cast<char*>(&changed)[byte] ^= 1;
-        EXPECT_FALSE(before == changed) << byte;
-    }
-    MiscData<float, 1, 2> left{};
-    MiscData<float, 1, 2> right{};
-    right.values[0][1] = -0.0F;
-    EXPECT_TRUE(left == right) << "by value";
-    right.values[0][1] = 1.0F;
-    EXPECT_FALSE(left == right);
 }
 
 // Hostile content, whole and cut at any length, through the dictionary's own prototypes.
@@ -264,6 +245,41 @@ TEST(Interpreter, ForeignOrderEnds) {
         }
     }
     EXPECT_GT(convertible, 0);
+}
+
+// An error for each conversion that finds a wrong checksum, and for none besides.
+TEST(Interpreter, ForeignTablesSignalWhatTheirConversionsFind) {
+    HwDatablockKelRfboAlcData table;
+    table.setNumberOfRows(1);
+    table.setDataFormatTyp(HwDataFormatForeign);
+    const Signals signals;
+    EXPECT_TRUE(table.verifyChecksum());
+    EXPECT_EQ(signals.count(), 0U);
+    table.setNumberOfRows(2);
+    EXPECT_EQ(signals.count(), 2U) << "there with the sum of one row, back with the sum taken out";
+    EXPECT_TRUE(table.verifyChecksum());
+    EXPECT_EQ(signals.count(), 2U);
+    table.computeChecksum();
+    EXPECT_EQ(signals.count(), 3U) << "back with the sum taken out";
+    EXPECT_THAT(signals.all(), testing::Each(std::pair(1040001, std::string("15731"))));
+}
+
+TEST(Interpreter, AConversionCountsAsADictionary) {
+    const unsigned int& counter = HwDatablockIqOp3RfmCalibData::instanceCounter;
+    const unsigned int before = counter;
+    HwDatablockStatistic block;
+    block.setOpHours(5);
+    EXPECT_EQ(counter, before) << "in the firmware order";
+    block.setDataFormatTyp(HwDataFormatForeign);
+    block.setOpHours(6);
+    EXPECT_EQ(counter, before + 24) << "there and back";
+    HwDatablock unknown(false);
+    unknown.setDataFormatTyp(HwDataFormatForeign);
+    unknown.swapDataTo(HwDataFormatFirmware, 11, &unknown);
+    EXPECT_EQ(counter, before + 36) << "of an identifier that is not converted, too";
+    unknown.swapDataTo(HwDataFormatFirmware, 11, nullptr);
+    EXPECT_EQ(counter, before + 36);
+    EXPECT_FALSE(HwDatablockOldStyleInterpreter().swapHwDatablock(HwDataFormatFirmware, 2, nullptr));
 }
 
 } // namespace

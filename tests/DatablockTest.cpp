@@ -9,6 +9,8 @@ namespace {
 
 constexpr auto foreign = HwDataFormatForeign;
 
+const Held held{2, 10, 15500, 65535};
+
 TEST(Datablock, FreshBlock) {
     HwDatablock block(true);
     EXPECT_EQ(bytesOf(block), image({0, 8, 0, 0}));

@@ -1,7 +1,7 @@
 #include "Support.h"
 
 #include <map>
-#include <set>
+#include <string>
 
 using namespace Travik;
 
@@ -179,6 +179,20 @@ constexpr Range dictionaryRanges[] = {
     {65535, 65535, "HwDatablockEnd"},
 };
 
+/// Expects two maps to be equal and names each identifier that one of them has otherwise.
+template <class Value>
+void expectSame(const std::map<int, Value>& actual, const std::map<int, Value>& expected) {
+    for (const auto& [id, value] : actual) {
+        const auto found = expected.find(id);
+        if (found == expected.end())
+            ADD_FAILURE() << id << " is not expected: " << value;
+        else
+            EXPECT_EQ(value, found->second) << id;
+    }
+    for (const auto& [id, value] : expected)
+        EXPECT_TRUE(actual.contains(id)) << id << " is missing: " << value;
+}
+
 TEST(Dictionary, HoldsExactlyTheKnownIdentifiers) {
     std::map<int, std::string> expected;
     for (const Range& range : dictionaryRanges) {
@@ -188,13 +202,17 @@ TEST(Dictionary, HoldsExactlyTheKnownIdentifiers) {
     ASSERT_EQ(expected.size(), 285U);
     std::map<int, std::string> actual;
     const HwDatablockOldStyleInterpreter interpreter;
-    for (const auto& [id, prototype] : interpreter.dictionary())
-        actual[id] = findEntry(id)->className;
-    EXPECT_EQ(actual, expected);
+    for (const auto& [id, prototype] : interpreter.dictionary()) {
+        const CatalogueEntry* const entry = findEntry(id);
+        actual[id] = entry ? entry->className : "no class of the catalogue";
+    }
+    expectSame(actual, expected);
 }
 
 TEST(Dictionary, ConvertsExactlyTheConvertibleIdentifiers) {
-    std::set<int> expected{2, 100, 300, 12000, 12001, 15690};
+    std::map<int, std::string> expected;
+    for (const int id : {2, 100, 300, 12000, 12001, 15690})
+        expected[id] = "convertible";
     constexpr Range ranges[] = {{200, 209, ""},     {11310, 11313, ""}, {15700, 15701, ""}, {15705, 15706, ""},
                                 {15710, 15710, ""}, {15715, 15716, ""}, {15720, 15721, ""}, {15725, 15726, ""},
                                 {15730, 15731, ""}, {15735, 15735, ""}, {15740, 15740, ""}, {15745, 15745, ""},
@@ -203,14 +221,14 @@ TEST(Dictionary, ConvertsExactlyTheConvertibleIdentifiers) {
                                 {15850, 15862, ""}};
     for (const Range& range : ranges) {
         for (int id = range.first; id <= range.last; ++id)
-            expected.insert(id);
+            expected[id] = "convertible";
     }
-    std::set<int> actual;
+    std::map<int, std::string> actual;
     for (const CatalogueEntry& entry : catalogue()) {
         for (int id = entry.first; entry.restore && id <= entry.last; ++id)
-            actual.insert(id);
+            actual[id] = "convertible";
     }
-    EXPECT_EQ(actual, expected);
+    expectSame(actual, expected);
 }
 
 } // namespace

@@ -290,9 +290,9 @@ TEST(IqModulator, FieldsOfPackedRows) {
         os << value.field.name << '=' << value.value << value.field.unit << ' ' << value.field.dimensions[0].axisBlock;
         seen.push_back(os.str());
     });
-    EXPECT_THAT(seen,
-                testing::ElementsAre("lev_pre=0 -3", "det_att=0 -3", "det_conv_deflection=65535 -3", "reserve=0 -3",
-                                     "lev_att_15=14.5dB -3", "lev_att_30=30dB -3", "lev_att_45=37dB -3"));
+    EXPECT_THAT(seen, testing::ElementsAre("lev_pre=0 10302", "det_att=0 10302", "det_conv_deflection=65535 10302",
+                                           "reserve=0 10302", "lev_att_15=14.5dB 10302", "lev_att_30=30dB 10302",
+                                           "lev_att_45=37dB 10302"));
 }
 
 } // namespace

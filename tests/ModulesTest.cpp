@@ -39,10 +39,17 @@ constexpr auto cutBoth = [](auto& record) {
 
 enum class Sum : unsigned char { Records, Computed };
 
+constexpr auto pmaxCodes = [](auto& record) {
+    HwDatablockIqOp3RfmCalibDataMisc codes; // which code each is, see the IQ modulator's tests
+    *codes.getBlock() = record;
+    for (unsigned char bz = 0; bz < 12; ++bz)
+        record.pmaxBz[bz] = codes.getPmaxBz(bz);
+};
+
 /// Hands a block a record whose header words are none of the class's, first with a wrong checksum. `expect` turns the
 /// record into what the class makes of it.
-template <class Block, class Expect = decltype(asRecorded)>
-void takesOver(const char* context, Expect expect = asRecorded, Sum sum = Sum::Records, unsigned short alignment = 0) {
+template <class Block, auto expect = asRecorded, Sum sum = Sum::Records, unsigned short alignment = 0>
+void takesOver(const char* context) {
     SCOPED_TRACE(context);
     using Record = typename Block::Record;
     std::mt19937 random(8);
@@ -84,47 +91,54 @@ void takesOver(const char* context, Expect expect = asRecorded, Sum sum = Sum::R
     EXPECT_EQ(bytesOf(block).substr(8, 1), bytesOfRecord(record).substr(8, 1));
 }
 
+struct TakeOver {
+    int id;
+    const char* context; ///< of the error signal
+    void (*test)(const char* context);
+};
+
+constexpr TakeOver takeOvers[] = {
+    {10300, "   HwDatablockIqOp3RfmHarmonic", takesOver<HwDatablockIqOp3RfmHarmonic>},
+    {10302, "   HwDatablockIqOp3RfmCalibDataFreq", takesOver<HwDatablockIqOp3RfmCalibDataFreq>},
+    {10303, "   HwSDatablockIqOp3RfmCalibData", takesOver<HwDatablockIqOp3RfmCalibData>},
+    {10315, "   HwDatablockIqOp3RfmCalibDataMiscV20", takesOver<HwDatablockIqOp3RfmCalibDataMiscV20>},
+    {10316, "   HwSDatablockIqOp3RfmCalibDataV20", takesOver<HwDatablockIqOp3RfmCalibDataV20>},
+    {10301, "   HwDatablockIqOp3RfmCalibDataMisc", takesOver<HwDatablockIqOp3RfmCalibDataMisc, pmaxCodes>},
+    {10902, "   HwDatablockIqOp6CalibData", takesOver<HwDatablockIqOp6CalibData>},
+    {10901, "   HwDatablockIqOp6CalibDataFreq", takesOver<HwDatablockIqOp6CalibDataFreq, cut16>},
+    {10900, "   HwDatablockIqOp6PmaxBz", takesOver<HwDatablockIqOp6PmaxBz, cut16>},
+    {10601, "   HwSDatablockSAtt3CalibDataFreq", takesOver<HwDatablockSAtt3CalibDataFreq>},
+    {10602, "   HwDatablockSAtt3CalibDataAtt", takesOver<HwDatablockSAtt3CalibDataAtt>},
+    {10603, "   HwDatablockSAtt3CalibDataTemp", takesOver<HwDatablockSAtt3CalibDataTemp>},
+    {11200, "   HwSDatablockSAtt6CalibDataFreq", takesOver<HwDatablockSAtt6CalibDataFreq>},
+    {11001, "   HwDatablockSAtt6CalibDataAtt", takesOver<HwDatablockSAtt6CalibDataAtt>},
+    {11202, "   HwDatablockSAtt6CalibDataTemp", takesOver<HwDatablockSAtt6CalibDataTemp>},
+    {10000, "   HwDatablockSsynOcxoRefCalValue",
+     takesOver<HwDatablockSsynOcxoRefCalValue, cut8, Sum::Records, otherAlignment>},
+    {15000, "   HwDatablockSynexOcxoRefCalValue", takesOver<HwDatablockSynexOcxoRefCalValue, cut8>},
+    {15001, "   HwDatablockFsynTcxoRefCalValue", takesOver<HwDatablockFsynTcxoRefCalValue, cut8>},
+    {15002, "   HwDatablockPokOcxoRefCalValue", takesOver<HwDatablockPokOcxoRefCalValue, cut8>},
+    {10001, "   HwDatablockSsynOpuDblCoefficient", takesOver<HwDatablockSsynOpuDblCoefficient, cut8>},
+    {10002, "   HwDatablockSsynOpuLevelFreq", takesOver<HwDatablockSsynOpuLevelFreq, cut8>},
+    {10003, "   HwDatablockSsynOpuLevel", takesOver<HwDatablockSsynOpuLevel, cut8>},
+    {12045, "   HwSDatablockPokAttCalDat   ", takesOver<HwDatablockPokAttCalDat, cutBoth, Sum::Computed>},
+    {12047, "   HwSDatablockPokAttCalDatSe   ", takesOver<HwDatablockPokAttCalDatSe, cutBoth, Sum::Computed>},
+    {12041, "   HwSDatablockPokMwIfExtLevCalData   ",
+     takesOver<HwDatablockPokMwIfExtLevCalData, cutBoth, Sum::Computed>},
+    {12043, "   HwSDatablockPokMwIfExtLevCalDataRelCorr   ",
+     takesOver<HwDatablockPokMwIfExtLevCalDataRelCorr, cutBoth, Sum::Computed>},
+    {12042, "   HwDatablockPokMwIfExtLevCalDataAbsCorr",
+     takesOver<HwDatablockPokMwIfExtLevCalDataAbsCorr, asRecorded, Sum::Computed>},
+    {12040, "   HwDatablockPokMwIfExtLevCalDataFreq",
+     takesOver<HwDatablockPokMwIfExtLevCalDataFreq, asRecorded, Sum::Computed>},
+    {12044, "   HwDatablockPokAttCalDatFreq", takesOver<HwDatablockPokAttCalDatFreq>},
+    {12046, "   HwDatablockPokAttCalDatFreqSe", takesOver<HwDatablockPokAttCalDatFreqSe>},
+};
+const Held held(takeOvers, &TakeOver::id);
+
 TEST(Modules, TakeRecordsOver) {
-    takesOver<HwDatablockIqOp3RfmHarmonic>("   HwDatablockIqOp3RfmHarmonic");
-    takesOver<HwDatablockIqOp3RfmCalibDataFreq>("   HwDatablockIqOp3RfmCalibDataFreq");
-    takesOver<HwDatablockIqOp3RfmCalibData>("   HwSDatablockIqOp3RfmCalibData");
-    takesOver<HwDatablockIqOp3RfmCalibDataMiscV20>("   HwDatablockIqOp3RfmCalibDataMiscV20");
-    takesOver<HwDatablockIqOp3RfmCalibDataV20>("   HwSDatablockIqOp3RfmCalibDataV20");
-    takesOver<HwDatablockIqOp3RfmCalibDataMisc>("   HwDatablockIqOp3RfmCalibDataMisc", [](auto& record) {
-        HwDatablockIqOp3RfmCalibDataMisc codes; // which code each is, see the IQ modulator's tests
-        *codes.getBlock() = record;
-        for (unsigned char bz = 0; bz < 12; ++bz)
-            record.pmaxBz[bz] = codes.getPmaxBz(bz);
-    });
-    takesOver<HwDatablockIqOp6CalibData>("   HwDatablockIqOp6CalibData");
-    takesOver<HwDatablockIqOp6CalibDataFreq>("   HwDatablockIqOp6CalibDataFreq", cut16);
-    takesOver<HwDatablockIqOp6PmaxBz>("   HwDatablockIqOp6PmaxBz", cut16);
-
-    takesOver<HwDatablockSAtt3CalibDataFreq>("   HwSDatablockSAtt3CalibDataFreq");
-    takesOver<HwDatablockSAtt3CalibDataAtt>("   HwDatablockSAtt3CalibDataAtt");
-    takesOver<HwDatablockSAtt3CalibDataTemp>("   HwDatablockSAtt3CalibDataTemp");
-    takesOver<HwDatablockSAtt6CalibDataFreq>("   HwSDatablockSAtt6CalibDataFreq");
-    takesOver<HwDatablockSAtt6CalibDataAtt>("   HwDatablockSAtt6CalibDataAtt");
-    takesOver<HwDatablockSAtt6CalibDataTemp>("   HwDatablockSAtt6CalibDataTemp");
-
-    takesOver<HwDatablockSsynOcxoRefCalValue>("   HwDatablockSsynOcxoRefCalValue", cut8, Sum::Records, otherAlignment);
-    takesOver<HwDatablockSynexOcxoRefCalValue>("   HwDatablockSynexOcxoRefCalValue", cut8);
-    takesOver<HwDatablockFsynTcxoRefCalValue>("   HwDatablockFsynTcxoRefCalValue", cut8);
-    takesOver<HwDatablockPokOcxoRefCalValue>("   HwDatablockPokOcxoRefCalValue", cut8);
-    takesOver<HwDatablockSsynOpuDblCoefficient>("   HwDatablockSsynOpuDblCoefficient", cut8);
-    takesOver<HwDatablockSsynOpuLevelFreq>("   HwDatablockSsynOpuLevelFreq", cut8);
-    takesOver<HwDatablockSsynOpuLevel>("   HwDatablockSsynOpuLevel", cut8);
-
-    takesOver<HwDatablockPokAttCalDat>("   HwSDatablockPokAttCalDat   ", cutBoth, Sum::Computed);
-    takesOver<HwDatablockPokAttCalDatSe>("   HwSDatablockPokAttCalDatSe   ", cutBoth, Sum::Computed);
-    takesOver<HwDatablockPokMwIfExtLevCalData>("   HwSDatablockPokMwIfExtLevCalData   ", cutBoth, Sum::Computed);
-    takesOver<HwDatablockPokMwIfExtLevCalDataRelCorr>("   HwSDatablockPokMwIfExtLevCalDataRelCorr   ", cutBoth,
-                                                      Sum::Computed);
-    takesOver<HwDatablockPokMwIfExtLevCalDataAbsCorr>("   HwDatablockPokMwIfExtLevCalDataAbsCorr", asRecorded,
-                                                      Sum::Computed);
-    takesOver<HwDatablockPokMwIfExtLevCalDataFreq>("   HwDatablockPokMwIfExtLevCalDataFreq", asRecorded, Sum::Computed);
-    takesOver<HwDatablockPokAttCalDatFreq>("   HwDatablockPokAttCalDatFreq");
-    takesOver<HwDatablockPokAttCalDatFreqSe>("   HwDatablockPokAttCalDatFreqSe");
+    for (const TakeOver& row : takeOvers)
+        row.test(row.context);
 }
 
 /// Stores a value at both ends of a table and beyond. Accessors take what index types they like: -1 is out of range as

@@ -24,15 +24,38 @@ struct TableClass {
 
 // clang-format off
 constexpr TableClass classes[] = {
+    {11304, 1, 2048, 2064, "HwDatablockTemplateWithoutChecksum", "POK_MWIF_SATT_COUNTER", 1.0, Stored::U8, Fixed, true},
     {11305, 50, 1, 216, "HwDatablockSAttCTempFreq", "SATT_TEMP_FREQ", 100.0, Stored::U32, Fixed, true},
     {11306, 4, 50, 816, "HwDatablockSAttCTempGradient", "SATT_TEMP_GRADIENT", 1.0, Stored::I32, Fixed, true},
     {11307, 4, 50, 816, "HwDatablockSAttCTempOffset", "SATT_TEMP_OFFSET", 1.0, Stored::I32, Fixed, true},
+    {12300, 200, 1, 816, "HwDatablockTemplate", "LOOPGAIN_FREQ", 0.01, Stored::I32, Fixed, true},
+    {12301, 1, 200, 816, "HwDatablockTemplate", "LOOPGAIN_PK", 1000.0, Stored::I32, Fixed, true},
+    {12302, 1, 200, 816, "HwDatablockTemplate", "LOOPGAIN_P_VALUE_BASE_PK", 1000.0, Stored::I32, Fixed, true},
+    {12303, 1, 200, 816, "HwDatablockTemplate", "LOOPGAIN_I_VALUE_BASE_PK", 1000.0, Stored::I32, Fixed, true},
+    {12304, 1, 200, 816, "HwDatablockTemplate", "LOOPGAIN_I_VALUE_OFFSET_PK", 1.0, Stored::I32, Fixed, true},
+    {12305, 50, 1, 216, "HwDatablockTemplate", "LOOPGAIN_PK_LIST", 1.0, Stored::I32, Fixed, true},
+    {12306, 50, 200, 40016, "HwDatablockTemplate", "LOOPGAIN_P_VALUE_BASE_PK_LIST", 1000.0, Stored::I32, Fixed, true},
+    {12307, 50, 200, 40016, "HwDatablockTemplate", "LOOPGAIN_I_VALUE_BASE_PK_LIST", 1000.0, Stored::I32, Fixed, true},
+    {12308, 50, 200, 40016, "HwDatablockTemplate", "LOOPGAIN_I_VALUE_OFFSET_PK_LIST", 1.0, Stored::I32, Fixed, true},
+    {12310, 10, 1, 56, "HwDatablockTemplate", "POK_DCON_VTRIM_VALUE", 1.0, Stored::I32, Fixed, true},
+    {12311, 1, 1, 20, "HwDatablockTemplate", "POK_DCON_LEVELPRE2", 1.0, Stored::I32, Fixed, true},
+    {12312, 10, 1, 56, "HwDatablockTemplate", "LIR_FREQCNTR_TCXO_REF_CAL_VALUE", 1.0, Stored::I32, Fixed, true},
+    {12313, 100, 1, 416, "HwDatablockTemplate", "LIMITER_MAX_VOLTAGE", 0.00001, Stored::I32, Fixed, true},
+    {12314, 100, 1, 416, "HwDatablockTemplate", "LIMITER_MAX_VOLTAGE", 100000.0, Stored::I32, Fixed, true},
+    {12315, 100, 1, 416, "HwDatablockTemplate", "LIMITER_MAX_VOLTAGE_PUM_ON", 0.00001, Stored::I32, Fixed, true},
     {14801, 10, 1, 56, "HwDatablockMbrdIqInputA", "IQ_INPUT_A", 1.0, Stored::I32, Fixed},
     {14802, 10, 1, 56, "HwDatablockMbrdIqInputB", "IQ_INPUT_B", 1.0, Stored::I32, Fixed},
     {14803, 600, 1, 2416, "HwDatablockMbrdExtCalUserFreqA", "EXT_CAL_USER_FREQ_A", 100.0, Stored::U32, Fixed},
     {14804, 600, 1, 2416, "HwDatablockMbrdExtCalUserFreqB", "EXT_CAL_USER_FREQ_B", 100.0, Stored::U32, Fixed},
     {14805, 13, 600, 15776, "HwDatablockMbrdExtCalUserDataA", "EXT_CAL_USER_DATA_A", 1.0, Stored::I16, Fixed},
     {14806, 13, 600, 15776, "HwDatablockMbrdExtCalUserDataB", "EXT_CAL_USER_DATA_B", 1.0, Stored::I16, Fixed},
+    {15022, 10, 1, 56, "HwDatablockTemplate", "POK_TEMPERATURE", 100.0, Stored::I32, Fixed, true},
+    {15023, 10, 1, 56, "HwDatablockTemplate", "POK_TEMPCORR_LEVEL", 0.01, Stored::I32, Fixed, true},
+    {15024, 1, 1, 20, "HwDatablockTemplate", "DET_DIFF_TEMPERATURE", 100.0, Stored::I32, Fixed, true},
+    {15025, 1, 1, 20, "HwDatablockTemplate", "DET_TEMPCORR_LOW_FREQ", 100.0, Stored::I32, Fixed, true},
+    {15026, 1, 1, 20, "HwDatablockTemplate", "DET_TEMPCORR_HIGH_FREQ", 100.0, Stored::I32, Fixed, true},
+    {15027, 10, 10, 416, "HwDatablockTemplate", "DET_TEMPCORR_MIN_FREQ_VALUES", 100.0, Stored::I32, Fixed, true},
+    {15028, 10, 10, 416, "HwDatablockTemplate", "DET_TEMPCORR_MAX_FREQ_VALUES", 100.0, Stored::I32, Fixed, true},
     {15690, 6, 1, 28, "HwDatablockStereocoderCo", "STEREOCODER_CO", 1.0, Stored::I16, Convertible},
     {15700, 10, 1, 56, "HwDatablockKelRfboExtInGain", "RFBO_EXTIN_GAIN", 1.0, Stored::I32, Convertible},
     {15701, 10, 1, 56, "HwDatablockKelRfboExtInOffset", "RFBO_EXTIN_OFFSET", 1.0, Stored::I32, Convertible},
@@ -93,6 +116,8 @@ constexpr TableClass classes[] = {
 };
 // clang-format on
 
+const Held held(classes, &TableClass::id);
+
 const Field& fieldNamed(const FieldList& fields, std::string_view name) {
     static const Field none{};
     const auto found = std::ranges::find(fields, name, [](const Field& field) { return std::string_view(field.name); });
@@ -142,27 +167,21 @@ TEST(NamedTables, DataTablesLeadToTheListsThatLabelThem) {
         {11306, 11305}, {11307, 11305}, {14805, 14803}, {14806, 14804}, {15706, 15705}, {15716, 15715},
         {15721, 15720}, {15726, 15725}, {15731, 15730}, {15740, 15735}, {15745, 15735}, {15756, 15755},
         {15761, 15760}, {15771, 15770}, {15801, 15800}, {15811, 15810}, {15821, 15820}, {15831, 15830},
-        {15841, 15840}, {15843, 15842}, {15845, 15844}, {16001, 16000}, {16003, 16002},
+        {15841, 15840}, {15843, 15842}, {15845, 15844}, {16001, 16000}, {16003, 16002}, {12301, 12300},
+        {12302, 12300}, {12303, 12300}, {12304, 12300}, {12306, 12300}, {12307, 12300}, {12308, 12300},
+    };
+    const std::map<int, int> rowLists{{12306, 12305}, {12307, 12305}, {12308, 12305}, {15023, 15022}};
+    const auto listed = [](const std::map<int, int>& lists, int id) {
+        const auto found = lists.find(id);
+        return found == lists.end() ? 0 : found->second;
     };
     for (const TableClass& table : classes) {
-        SCOPED_TRACE(table.id);
         const bool isTemperatureData = table.id >= 15853 && table.id <= 15862;
-        const auto listed = columnLists.find(table.id);
-        const int lists[] = {isTemperatureData ? 15851 : 0, isTemperatureData             ? 15852
-                                                            : listed != columnLists.end() ? listed->second
-                                                                                          : 0};
         const FieldList fields = fieldsOf(table.id);
         const Field& values = fieldNamed(fields, "values");
-        for (std::size_t i = 0; i < 2; ++i) {
-            const Dimension& dimension = values.dimensions.at(i);
-            ASSERT_EQ(dimension.axisBlock != 0 ? table.id + dimension.axisBlock : 0, lists[i]);
-            if (lists[i] == 0)
-                continue;
-            const FieldList listFields = fieldsOf(lists[i]);
-            const Field& points = fieldNamed(listFields, "values");
-            EXPECT_EQ(points.role, Role::Axis);
-            EXPECT_EQ(points.dimensions[0].extent, dimension.extent);
-        }
+        EXPECT_EQ(values.dimensions[0].axisBlock, isTemperatureData ? 15851 : listed(rowLists, table.id)) << table.id;
+        EXPECT_EQ(values.dimensions[1].axisBlock, isTemperatureData ? 15852 : listed(columnLists, table.id))
+            << table.id;
     }
 }
 
@@ -178,6 +197,7 @@ TEST(NamedTables, StoredValuesArePrintedInUserUnits) {
     for (const auto& [id, stored, text] : rows) {
         const std::unique_ptr<HwDatablock> block = makeBlock(id);
         auto* const table = dynamic_cast<TableBlock*>(block.get());
+        ASSERT_NE(table, nullptr) << id;
         table->setNumberOfRows(1);
         table->setNumberOfColumns(1);
         const FieldList fields = fieldsOf(id);

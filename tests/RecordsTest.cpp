@@ -98,6 +98,9 @@ const Number numbers[] = {
     NUMBER(11303, HwDatablockSAttCCounter, CounterValue, 12, 4, index16(1)),
 };
 
+const Held heldNumbers(numbers, &Number::id);
+const Held heldApart{11310, 12001, 12004, 12008};
+
 TEST(Records, NumbersLieWhereTheRecordSays) {
     for (const Number& number : numbers) {
         const auto block = makeBlock(number.id);

@@ -5,7 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
+#include <set>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -86,6 +88,23 @@ inline std::string textOf(Travik::HwDatablock& block) {
     block.printToStream(os);
     return os.str();
 }
+
+/// The identifiers that the tests of the families hold. Each table of a family's classes, and whatever tests a class
+/// apart, says beside it which it holds; a class that none of them holds fails a test of the catalogue.
+class Held {
+public:
+    explicit Held(std::initializer_list<int> identifiers) { all().insert(identifiers); }
+    template <class Table, class Identifier>
+    Held(const Table& table, Identifier identifier) {
+        for (const auto& row : table)
+            all().insert(std::invoke(identifier, row));
+    }
+
+    static std::set<int>& all() {
+        static std::set<int> identifiers;
+        return identifiers;
+    }
+};
 
 inline std::string randomBytes(std::mt19937& random, std::size_t size) {
     std::string bytes(size, '\0');

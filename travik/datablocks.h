@@ -24,6 +24,7 @@
 #include <travik/records/StatisticsRecords.h>
 #include <travik/records/WearCounters.h>
 #include <travik/registry/Catalogue.h>
+#include <travik/registry/Conversion.h>
 #include <travik/registry/Interpreter.h>
 #include <travik/registry/ModuleImage.h>
 #include <travik/registry/ModuleInfo.h>

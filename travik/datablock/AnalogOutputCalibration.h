@@ -8,6 +8,10 @@ namespace Travik {
 struct HwSDatablockAnalogOutputCalibration : HwSDatablockHeader {};
 static_assert(sizeof(HwSDatablockAnalogOutputCalibration) == 8);
 
+template <>
+inline constexpr auto recordFields<HwSDatablockAnalogOutputCalibration> =
+    describe<HwSDatablockAnalogOutputCalibration>();
+
 /// The calibration of an analog output, the smallest complete block. Prints nothing.
 class TRAVIK_DATABLOCK_EXPORT HwWenDatablockAnalogOutputCalibration
     : public RecordBlock<HwSDatablockAnalogOutputCalibration> {

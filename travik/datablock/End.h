@@ -11,6 +11,8 @@ namespace Travik {
 struct HwSDatablockEnd {
     unsigned short id;   ///< 0xFFFF
     unsigned short data; ///< one data word
+
+    friend bool operator==(const HwSDatablockEnd&, const HwSDatablockEnd&) = default;
 };
 #pragma pack(pop)
 static_assert(sizeof(HwSDatablockEnd) == 4);

@@ -134,13 +134,13 @@ unsigned int usedEntries(std::span<const char> image, std::span<const Field> fie
 
 bool equalFields(std::span<const char> left, std::span<const char> right, std::span<const Field> fields) {
     return std::ranges::all_of(fields, [&](const Field& field) {
-        const bool isFloating = field.stored == Stored::F32 || field.stored == Stored::F64;
         const unsigned int count = field.elements();
         for (unsigned int i = 0; i < count; ++i) {
             const std::size_t offset = field.elementOffset(i);
-            const bool equal = isFloating ? storedValue(left, field, offset) == storedValue(right, field, offset)
-                                          : std::ranges::equal(bytes::part(left, offset, field.width),
-                                                               bytes::part(right, offset, field.width));
+            const bool equal = field.isFloating()
+                                   ? storedValue(left, field, offset) == storedValue(right, field, offset)
+                                   : std::ranges::equal(bytes::part(left, offset, field.width),
+                                                        bytes::part(right, offset, field.width));
             if (!equal)
                 return false;
         }

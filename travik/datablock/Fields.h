@@ -39,7 +39,9 @@ struct Dimension {
     /// The field that says how many entries are in use; null: all are. Where that field is an array itself, its entry
     /// is chosen by the index of the first dimension.
     const char* count = nullptr;
-    /// The block that labels the entries, relative to this block's identifier: -1 is the identifier before; 0: none.
+    /// The identifier of the block that labels the entries; 0: none. The list that the catalogue hands out for an
+    /// identifier names the very block of a module that belongs to it: of a table of path B the frequencies of path B.
+    /// In the list of a record (`recordFields`), which serves all paths, it is the block of the first.
     int axisBlock = 0;
 };
 
@@ -61,6 +63,8 @@ struct Field {
     bool isSigned = false;
     unsigned char rank = 0; ///< number of dimensions; 0: a single value
     std::array<Dimension, maxRank> dimensions{};
+
+    constexpr bool isFloating() const { return stored == Stored::F32 || stored == Stored::F64; }
 
     unsigned int elements() const {
         unsigned int product = 1;

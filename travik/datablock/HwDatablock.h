@@ -4,6 +4,7 @@
 #include <travik/datablock/HwObject.h>
 #include <travik/platform/QMemArray.h>
 
+#include <concepts>
 #include <cstdint>
 #include <iosfwd>
 #include <span>
@@ -27,6 +28,12 @@ struct HwSDatablockHeader {
     friend bool operator==(const HwSDatablockHeader&, const HwSDatablockHeader&) = default;
 };
 #pragma pack(pop)
+
+/// Records that nothing says how to compare do not compile: they would compare as the base that they have in common,
+/// and so be equal when only their headers are. That is two records of different types, a record and a header, and a
+/// record without a field list of its own.
+template <std::derived_from<HwSDatablockHeader> Left, std::derived_from<HwSDatablockHeader> Right>
+bool operator==(const Left&, const Right&) = delete;
 
 /// The base of every data block: the stored image in a byte buffer, exactly as it lies in the module's memory, and
 /// where it lies there.

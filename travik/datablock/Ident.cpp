@@ -17,15 +17,9 @@ void printTwoGroups(TextWriter& out, unsigned int value) {
 
 } // namespace
 
-QString IdentBlock::getName() const {
-    const std::string_view name = getText<&Record::name>();
-    return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
-}
+QString IdentBlock::getName() const { return fromLatin1(loadText<&Record::name>()); }
 
-void IdentBlock::setName(const QString& name) {
-    const QByteArray latin1 = name.toLatin1();
-    setText<&Record::name>({latin1.data(), static_cast<std::size_t>(latin1.size())});
-}
+void IdentBlock::setName(const QString& name) { storeText<&Record::name>(toLatin1(name)); }
 
 void IdentBlock::printIdentity(TextWriter& out, std::string_view behindName) const {
     out << "PARTNUMBER:      " << getPartNumber() / 10000 << '.';
@@ -39,7 +33,7 @@ void IdentBlock::printIdentity(TextWriter& out, std::string_view behindName) con
     (out << "READCODE:        " << getReadCode()).endLine();
     out << "TESTINSTRUCTION: ";
     printTwoGroups(out, getTestInstruction());
-    (out << "NAME:            " << getText<&Record::name>() << behindName).endLine();
+    (out << "NAME:            " << loadText<&Record::name>() << behindName).endLine();
     out.stream().fill('0');
     out.stream().setf(std::ios_base::right, std::ios_base::adjustfield);
 }

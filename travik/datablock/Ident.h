@@ -24,15 +24,13 @@ struct HwSDatablockIdent : HwSDatablockHeader {
 #pragma pack(pop)
 static_assert(sizeof(HwSDatablockIdent) == 44);
 
-template <>
-inline constexpr auto recordFields<HwSDatablockIdent> = describe<HwSDatablockIdent>(
-    field<&HwSDatablockIdent::eepromSize>("eeprom_size").in("byte"),
-    field<&HwSDatablockIdent::partNumber>("part_number"), field<&HwSDatablockIdent::variant>("variant"),
-    field<&HwSDatablockIdent::hardwareCode>("hardware_code"), field<&HwSDatablockIdent::productIndex>("product_index"),
-    field<&HwSDatablockIdent::serialNumber>("serial_number"),
-    field<&HwSDatablockIdent::productDate>("product_date").as(Role::Date),
-    field<&HwSDatablockIdent::readCode>("read_code"), field<&HwSDatablockIdent::testInstruction>("test_instruction"),
-    text<&HwSDatablockIdent::name>("name"));
+/// Of the records that are laid out as the ident record, too.
+template <std::derived_from<HwSDatablockIdent> R>
+inline constexpr auto recordFields<R> = describe<R>(
+    field<&R::eepromSize>("eeprom_size").in("byte"), field<&R::partNumber>("part_number"),
+    field<&R::variant>("variant"), field<&R::hardwareCode>("hardware_code"), field<&R::productIndex>("product_index"),
+    field<&R::serialNumber>("serial_number"), field<&R::productDate>("product_date").as(Role::Date),
+    field<&R::readCode>("read_code"), field<&R::testInstruction>("test_instruction"), text<&R::name>("name"));
 
 /// What the blocks of the ident record share: accessors and text form.
 class TRAVIK_DATABLOCK_EXPORT IdentBlock : public RecordBlock<HwSDatablockIdent> {
@@ -66,7 +64,7 @@ protected:
     using RecordBlock::RecordBlock;
 
     /// What is stored of a name ends at its first NUL.
-    void trimName() { putText<&Record::name>(getText<&Record::name>()); }
+    void trimName() { putText<&Record::name>(loadText<&Record::name>()); }
     /// The lines from PARTNUMBER to NAME; whatever follows the name is printed behind it. Leaves the stream's fill at
     /// "0" and its adjustment at right.
     void printIdentity(TextWriter& out, std::string_view behindName = {}) const;

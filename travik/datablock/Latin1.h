@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QString>
+
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace Travik {
@@ -34,6 +37,12 @@ template <Latin1Literal Text>
 inline constexpr auto latin1Storage = Text;
 
 } // namespace detail
+
+/// The text of an image for users of Qt, and back. A character that Latin-1 does not have becomes "?".
+inline QString fromLatin1(std::string_view text) {
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+}
+inline std::string toLatin1(const QString& text) { return text.toLatin1().toStdString(); }
 
 inline namespace literals {
 

@@ -1,3 +1,4 @@
+#include <travik/datablock/Latin1.h>
 #include <travik/datablock/ModuleTypes.h>
 
 #include <algorithm>
@@ -124,10 +125,10 @@ constexpr SModuleType moduleTypeTable[] = {
 std::span<const SModuleType> moduleTypes() { return moduleTypeTable; }
 
 bool isKnownModuleName(const QString& boardName) {
-    const QByteArray latin1 = boardName.toLatin1();
+    const std::string latin1 = toLatin1(boardName);
     const std::span known(std::begin(moduleTypeTable), std::end(moduleTypeTable) - 1);
     return std::ranges::any_of(known, [&](const SModuleType& type) {
-        return std::strncmp(latin1.constData(), type.boardName, boardNameLength) == 0;
+        return std::strncmp(latin1.c_str(), type.boardName, boardNameLength) == 0;
     });
 }
 

@@ -11,16 +11,6 @@ namespace Travik {
 
 namespace detail {
 
-/// Bytes from the start of the record: what a pointer to a data member is made of on every compiler this is built with.
-template <auto Member>
-std::size_t memberOffset() noexcept {
-    std::ptrdiff_t offset = 0;
-    constexpr auto member = Member;
-    static_assert(sizeof member == sizeof offset);
-    std::memcpy(&offset, &member, sizeof offset);
-    return static_cast<std::size_t>(offset);
-}
-
 /// Where an element of type T (rank by rank an array) lies in its member, or nothing for an index out of range.
 template <class T, class... Index>
 constexpr std::optional<std::size_t> elementOffset(Index... indices) noexcept {
@@ -44,12 +34,16 @@ constexpr std::optional<std::size_t> elementOffset(Index... indices) noexcept {
 ///
 /// Fields are addressed by member pointer; bounds follow from the array types, negative indices count as out of range,
 /// and every access is held against the buffer's real length.
+///
+/// No operation here, or of the blocks between this one and a class, is called "get" or "set" and a name: those are the
+/// names that classes give their accessors, and an accessor that hides what it forwards to calls itself.
 template <class R>
 class RecordBlock : public HwDatablock {
 public:
     using Record = R;
     static_assert(std::is_trivially_copyable_v<R> && std::is_base_of_v<HwSDatablockHeader, R>);
     static_assert(sizeof(R) <= 0xFFFF, "the size word holds the record's size");
+    static_assert(detail::HasFieldList<R>, "next to the record stands its field list: recordFields<R>");
 
     /// The buffer as the typed record.
     Record* getBlock() { return reinterpret_cast<Record*>(getData()); }
@@ -93,7 +87,7 @@ protected:
 
     /// A character field, up to its first NUL or its end.
     template <auto Member>
-    std::string_view getText() const {
+    std::string_view loadText() const {
         return bytes::text(image(), detail::memberOffset<Member>(), sizeof(detail::MemberType<Member>));
     }
 
@@ -107,14 +101,14 @@ protected:
 
     /// The same, and refreshes the checksum.
     template <auto Member>
-    void setText(std::string_view text, std::size_t longest = sizeof(detail::MemberType<Member>)) {
+    void storeText(std::string_view text, std::size_t longest = sizeof(detail::MemberType<Member>)) {
         if (putText<Member>(text, longest))
             refreshChecksum();
     }
 
     /// An array of bytes, for reading: where it lies in the buffer, or zeros where it does not lie there wholly.
     template <auto Member>
-    const detail::ElementType<Member>* getBytes() const {
+    const detail::ElementType<Member>* loadBytes() const {
         using Element = detail::ElementType<Member>;
         static_assert(sizeof(Element) == 1);
         static constexpr detail::MemberType<Member> zeros{};

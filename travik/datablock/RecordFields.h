@@ -14,6 +14,8 @@ namespace Travik {
 
 namespace detail {
 
+struct NoFieldList {};
+
 template <class>
 struct MemberOf;
 template <class T, class R>
@@ -27,6 +29,26 @@ template <auto Member>
 using RecordType = typename MemberOf<decltype(Member)>::Record;
 template <auto Member>
 using ElementType = std::remove_all_extents_t<MemberType<Member>>;
+
+/// Bytes from the start of the struct to its member.
+template <auto Member>
+consteval std::size_t memberOffset() {
+    using R = RecordType<Member>;
+    struct Nothing {};
+    union Overlay {
+        Nothing nothing;
+        char bytes[sizeof(R)];
+        R record;
+        constexpr Overlay() : nothing{} {}
+    };
+    constexpr Overlay overlay;
+    // Addresses alone are compared; of the two views of the same bytes none holds a value.
+    const void* const member = &(overlay.record.*Member);
+    std::size_t offset = 0;
+    while (&overlay.bytes[offset] != member)
+        ++offset;
+    return offset;
+}
 
 template <class T>
 consteval Stored storedAs() {
@@ -66,6 +88,7 @@ template <std::size_t N>
 struct FieldSet {
     std::array<Field, N> fields{};
     unsigned int size = 0;
+    std::size_t place = 0; ///< of its member in the record, or in the entry; held against the place in the list
 
     /// Unit, and the factor and zero point that lead from the stored number to the value in that unit.
     consteval FieldSet in(const char* unit, double scale = 1.0, double zero = 0.0) const {
@@ -80,8 +103,8 @@ struct FieldSet {
         return with([&](Field& field) { field.role = role; });
     }
 
-    /// Names a dimension (outermost 0), the field that counts its entries in use, and the block that labels them,
-    /// relative to this block's identifier.
+    /// Names a dimension (outermost 0), the field that counts its entries in use, and the block that labels them: its
+    /// identifier, of blocks that exist once a path that of the first.
     consteval FieldSet along(std::size_t dimension, const char* name, const char* count = nullptr,
                              int axisBlock = 0) const {
         return with([&](Field& field) {
@@ -120,7 +143,7 @@ private:
 template <auto Member>
 consteval FieldSet<1> field(const char* name) {
     using T = detail::MemberType<Member>;
-    FieldSet<1> set{.size = sizeof(T)};
+    FieldSet<1> set{.size = sizeof(T), .place = detail::memberOffset<Member>()};
     set.fields[0].name = name;
     set.fields[0].stored = detail::storedAs<detail::ElementType<Member>>();
     set.fields[0].width = sizeof(detail::ElementType<Member>);
@@ -132,7 +155,7 @@ consteval FieldSet<1> field(const char* name) {
 template <auto Member>
 consteval FieldSet<1> text(const char* name) {
     using T = detail::MemberType<Member>;
-    FieldSet<1> set{.size = sizeof(T)};
+    FieldSet<1> set{.size = sizeof(T), .place = detail::memberOffset<Member>()};
     Field& field = set.fields[0];
     field.name = name;
     field.role = Role::Text;
@@ -143,14 +166,18 @@ consteval FieldSet<1> text(const char* name) {
     return set;
 }
 
-/// The fields one after the other, the offsets relative to the first.
+namespace detail {
+
+/// The fields one after the other, from `start` bytes behind the start of their record or entry.
 template <std::size_t... N>
-constexpr auto sequence(const FieldSet<N>&... sets) {
-    FieldSet<(N + ... + 0)> all;
+constexpr auto sequence(unsigned int start, const FieldSet<N>&... sets) {
+    FieldSet<(N + ... + 0)> all{.size = start};
     std::size_t next = 0;
-    unsigned int previous = 0;
-    const auto append = [&](const auto& set) {
+    unsigned int previous = start;
+    [[maybe_unused]] const auto append = [&](const auto& set) {
         const unsigned int base = set.size == 0 ? previous : all.size;
+        if (set.place != base)
+            throw "the list names the fields in another order than the record, or leaves one out";
         for (Field field : set.fields) {
             field.offset += base;
             all.fields[next++] = field;
@@ -162,43 +189,56 @@ constexpr auto sequence(const FieldSet<N>&... sets) {
     return all;
 }
 
+} // namespace detail
+
 /// A member that is an array of structs: the fields of one entry, repeated.
 template <auto Member, std::size_t... N>
 consteval auto entries(const FieldSet<N>&... sets) {
     using T = detail::MemberType<Member>;
-    auto all = sequence(sets...);
+    auto all = detail::sequence(0, sets...);
     if (all.size != sizeof(detail::ElementType<Member>))
         throw "the fields do not cover the entry";
     for (Field& field : all.fields)
         detail::prependDimensions<T>(field);
     all.size = sizeof(T);
+    all.place = detail::memberOffset<Member>();
     return all;
 }
 
 /// The list of a record: its fields in order, covering all that follows the header.
 template <class Record, std::size_t... N>
 consteval auto describe(const FieldSet<N>&... sets) {
-    auto all = sequence(sets...);
-    if (sizeof(HwSDatablockHeader) + all.size != sizeof(Record))
+    const auto all = detail::sequence(sizeof(HwSDatablockHeader), sets...);
+    if (all.size != sizeof(Record))
         throw "the fields do not cover the record";
-    for (Field& field : all.fields)
-        field.offset += sizeof(HwSDatablockHeader);
     return all.fields;
 }
 
-/// Specialised for every record.
+/// Specialised for every record, a bare header included.
 template <class Record>
-inline constexpr std::array<Field, 0> recordFields{};
+inline constexpr detail::NoFieldList recordFields{};
+
+namespace detail {
+
+template <class Record>
+concept HasFieldList = !std::same_as<std::remove_const_t<decltype(recordFields<Record>)>, NoFieldList>;
+
+} // namespace detail
 
 /// Records are equal when all four header words and every field are.
 template <class Record>
-requires(std::derived_from<Record, HwSDatablockHeader> && !recordFields<Record>.empty()) bool operator==(
+requires(std::derived_from<Record, HwSDatablockHeader>&& detail::HasFieldList<Record>) bool operator==(
     const Record& left, const Record& right) {
-    const HwSDatablockHeader& leftHeader = left;
-    const HwSDatablockHeader& rightHeader = right;
-    return leftHeader == rightHeader &&
-           equalFields({reinterpret_cast<const char*>(&left), sizeof left},
-                       {reinterpret_cast<const char*>(&right), sizeof right}, recordFields<Record>);
+    // The list covers the record: without a floating field, its fields are its bytes.
+    if constexpr (std::ranges::none_of(recordFields<Record>, &Field::isFloating)) {
+        return std::memcmp(&left, &right, sizeof left) == 0;
+    } else {
+        const HwSDatablockHeader& leftHeader = left;
+        const HwSDatablockHeader& rightHeader = right;
+        return leftHeader == rightHeader &&
+               equalFields({reinterpret_cast<const char*>(&left), sizeof left},
+                           {reinterpret_cast<const char*>(&right), sizeof right}, recordFields<Record>);
+    }
 }
 
 } // namespace Travik

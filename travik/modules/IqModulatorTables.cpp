@@ -164,15 +164,6 @@ unsigned int HwDatablockIqOp3RfmCalibData::getInstanceCounter() const {
     return std::atomic_ref(instanceCounter).load(std::memory_order_relaxed);
 }
 
-FieldList HwDatablockIqOp3RfmCalibData::fieldsOf(int id) {
-    FieldList fields(recordFields<Record>.begin(), recordFields<Record>.end());
-    for (Field& field : fields) {
-        if (field.rank > 0)
-            field.dimensions[0].axisBlock -= id - firstId;
-    }
-    return fields;
-}
-
 std::ostream& HwDatablockIqOp3RfmCalibData::printToStream(std::ostream& os) {
     TextWriter out(os);
     printHead(out, rowsHead, keyName);

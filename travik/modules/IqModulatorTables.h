@@ -2,9 +2,6 @@
 
 #include <travik/datablock/RecordBlock.h>
 
-#include <algorithm>
-#include <span>
-
 /// The calibration of the IQ modulator board's RF module: the blocks of the first generation, and those that both
 /// generations have. The second generation's own blocks are in IqModulatorTablesV20.h.
 namespace Travik {
@@ -30,12 +27,6 @@ struct BitField {
         return (word & ~mask) | ((static_cast<unsigned int>(value) << shift) & mask);
     }
 };
-
-/// Whether two records, which have no padding, are the same byte by byte.
-template <class T>
-bool sameBytes(const T& left, const T& right) {
-    return std::ranges::equal(std::as_bytes(std::span(&left, 1)), std::as_bytes(std::span(&right, 1)));
-}
 
 } // namespace detail
 
@@ -120,10 +111,6 @@ static_assert(sizeof(HwSDatablockIqOp3RfmCalibData) == 2412);
 constexpr bool operator==(const HwSIqOp3RfmCalibDataBlock& left, const HwSIqOp3RfmCalibDataBlock& right) {
     return left.word0 == right.word0 && left.word1 == right.word1;
 }
-/// Header, operating state and every row: together they are the whole record.
-inline bool operator==(const HwSDatablockIqOp3RfmCalibData& left, const HwSDatablockIqOp3RfmCalibData& right) {
-    return detail::sameBytes(left, right);
-}
 
 template <>
 inline constexpr auto recordFields<HwSDatablockIqOp3RfmHarmonic> = describe<HwSDatablockIqOp3RfmHarmonic>(
@@ -168,7 +155,7 @@ consteval auto describeIqModulatorRows() {
                           packed<&Row::word1>("lev_att_15", Row::levAtt15).in("dB", Row::levAttStep, 15),
                           packed<&Row::word1>("lev_att_30", Row::levAtt30).sameWord().in("dB", Row::levAttStep, 30),
                           packed<&Row::word1>("lev_att_45", Row::levAtt45).sameWord().in("dB", Row::levAttStep, 45))
-            .along(0, "point", nullptr, -1));
+            .along(0, "point", nullptr, 10302));
 }
 
 } // namespace detail
@@ -305,8 +292,6 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockIqOp3RfmCalibData : public IqModulatorRowTable<HwSDatablockIqOp3RfmCalibData> {
 public:
     static constexpr std::string_view keyName = "IQOP3_RFM_CALIB_DATA";
-    /// The fields, their frequencies in the one block that the tables of all operating states share.
-    static FieldList fieldsOf(int id);
 
     explicit HwDatablockIqOp3RfmCalibData(bool stopConversionOnError = false);
     HwDatablockIqOp3RfmCalibData(const HwDatablockIqOp3RfmCalibData& other);
@@ -316,9 +301,11 @@ public:
     void setOperatingState(unsigned int state) { set<&Record::operatingState>(state); }
 
     /// How many objects of the class were ever made in the process, copies and the dictionary's prototypes included;
-    /// printed as the number of the operating state. May be read and counted up from several threads.
+    /// printed as the number of the operating state. A conversion of any block's byte order counts as a dictionary. May
+    /// be read and counted up from several threads.
     unsigned int getInstanceCounter() const;
     static unsigned int instanceCounter;
+    static constexpr unsigned short firstId = 10303;
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong and it is not the record of identifier
     /// 10303 that is zero elsewhere.
@@ -326,9 +313,6 @@ public:
         return takeTableOver(record, firstId, "HwSDatablockIqOp3RfmCalibData");
     }
     std::ostream& printToStream(std::ostream& os) override;
-
-private:
-    static constexpr unsigned short firstId = 10303;
 };
 
 } // namespace Travik

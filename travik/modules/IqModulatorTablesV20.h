@@ -2,6 +2,8 @@
 
 #include <travik/modules/IqModulatorTables.h>
 
+#include <cstring>
+
 /// The calibration of the IQ modulator board's RF module, second generation.
 namespace Travik {
 
@@ -68,11 +70,11 @@ static_assert(sizeof(HwSDatablockIqOp3RfmCalibDataV20) == 14408);
 
 /// Byte by byte: 0.0 and -0.0 differ, and a NaN equals itself.
 inline bool operator==(const HwSIqOp3RfmCalibDataBlockV20& left, const HwSIqOp3RfmCalibDataBlockV20& right) {
-    return detail::sameBytes(left, right);
+    return std::memcmp(&left, &right, sizeof left) == 0;
 }
 /// Header and every row, byte by byte.
 inline bool operator==(const HwSDatablockIqOp3RfmCalibDataV20& left, const HwSDatablockIqOp3RfmCalibDataV20& right) {
-    return detail::sameBytes(left, right);
+    return std::memcmp(&left, &right, sizeof left) == 0;
 }
 
 namespace detail {
@@ -111,7 +113,7 @@ consteval auto describeIqModulatorRowsV20() {
             field<&Row::levAtt30Norm>("lev_att_30_norm").in("dB"),
             field<&Row::levAtt45Norm>("lev_att_45_norm").in("dB"), field<&Row::levAtt15Ovr>("lev_att_15_ovr").in("dB"),
             field<&Row::levAtt30Ovr>("lev_att_30_ovr").in("dB"), field<&Row::levAtt45Ovr>("lev_att_45_ovr").in("dB"))
-            .along(0, "point", nullptr, 10302 - 10316));
+            .along(0, "point", nullptr, 10302));
 }
 
 } // namespace detail

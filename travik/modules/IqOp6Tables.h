@@ -44,11 +44,11 @@ inline constexpr auto recordFields<HwSDatablockIqOp6CalibDataFreq> =
 
 template <>
 inline constexpr auto recordFields<HwSDatablockIqOp6CalibData> = describe<HwSDatablockIqOp6CalibData>(
-    field<&HwSDatablockIqOp6CalibData::levAtt_20>("lev_att_20").along(0, "point", nullptr, -1),
-    field<&HwSDatablockIqOp6CalibData::levAtt_40>("lev_att_40").along(0, "point", nullptr, -1),
+    field<&HwSDatablockIqOp6CalibData::levAtt_20>("lev_att_20").along(0, "point", nullptr, 10901),
+    field<&HwSDatablockIqOp6CalibData::levAtt_40>("lev_att_40").along(0, "point", nullptr, 10901),
     field<&HwSDatablockIqOp6CalibData::daValueBz>("da_value_bz")
         .along(0, "operating_state")
-        .along(1, "point", nullptr, -1));
+        .along(1, "point", nullptr, 10901));
 
 /// The reference level of each operating state, 0..31. Setters refresh the checksum.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockIqOp6PmaxBz : public RecordBlock<HwSDatablockIqOp6PmaxBz> {

@@ -27,7 +27,7 @@ constexpr unsigned int countMask = 0xFFFF; // the matrices' counts are set as 16
 template <class R>
 int LevelMatrixBlock<R>::setBlock(R* record) {
     const int result = this->takeOver(record, kind.errorName, 0, [this] {
-        this->template put<&R::numberOfPoints>(getNumberOfPoints() & countMask);
+        this->template put<&R::numberOfPoints>(pointCount() & countMask);
         this->template put<&R::numberOfLevelSteps>(getNumberOfLevelSteps() & countMask);
     });
     if (result == 0)
@@ -39,7 +39,7 @@ template <class R>
 std::ostream& LevelMatrixBlock<R>::printToStream(std::ostream& os) {
     TextWriter out(os);
     const unsigned int steps = getNumberOfLevelSteps();
-    const unsigned int points = getNumberOfPoints();
+    const unsigned int points = pointCount();
     printHead(out, {.comments = {&kind.comment, 1}}, keyName);
     (out << matrixLayout.head.count << steps << kind.style.times << points).endLine();
     printRows(

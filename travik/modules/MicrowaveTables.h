@@ -107,7 +107,7 @@ consteval auto describeLevelMatrix() {
                        field<&R::correction>("correction")
                            .in(kind.style.unit, 0.01)
                            .along(0, "level_step", "number_of_level_steps")
-                           .along(1, "point", kind.pointCount, kind.frequencyId - kind.id));
+                           .along(1, "point", kind.pointCount, kind.frequencyId));
 }
 
 template <class R>
@@ -131,7 +131,7 @@ inline constexpr auto recordFields<HwSDatablockPokMwIfExtLevCalDataAbsCorr> =
         field<&HwSDatablockPokMwIfExtLevCalDataAbsCorr::count>("count").as(Role::Count),
         field<&HwSDatablockPokMwIfExtLevCalDataAbsCorr::correction>("correction")
             .in("dBm", 0.01)
-            .along(0, "point", "count", -2));
+            .along(0, "point", "count", 12040));
 
 /// A correction matrix: level step 0..19 by frequency point.
 template <class R>
@@ -163,8 +163,8 @@ public:
     std::ostream& printToStream(std::ostream& os) override;
 
 protected:
-    unsigned int getNumberOfPoints() const { return this->template get<&R::numberOfPoints>(); }
-    void setNumberOfPoints(unsigned short number) { this->template set<&R::numberOfPoints>(number); }
+    unsigned int pointCount() const { return this->template get<&R::numberOfPoints>(); }
+    void storePointCount(unsigned short number) { this->template set<&R::numberOfPoints>(number); }
 };
 
 /// The frequency points of a matrix.
@@ -209,9 +209,9 @@ public:
     using LevelMatrixBlock<R>::LevelMatrixBlock;
 
     /// As stored; may exceed the capacity in an image that was not written by this library.
-    unsigned int getNumberOfFreqs() const { return this->getNumberOfPoints(); }
+    unsigned int getNumberOfFreqs() const { return this->pointCount(); }
     /// Refreshes the checksum.
-    void setNumberOfFreqs(unsigned short number) { this->setNumberOfPoints(number); }
+    void setNumberOfFreqs(unsigned short number) { this->storePointCount(number); }
 };
 
 /// Correction of the attenuator: 200 points.
@@ -237,9 +237,9 @@ public:
     using LevelMatrixBlock::LevelMatrixBlock;
 
     /// As stored; may exceed 1500 in an image that was not written by this library.
-    unsigned int getNumberOfRelCorrValues() const { return getNumberOfPoints(); }
+    unsigned int getNumberOfRelCorrValues() const { return pointCount(); }
     /// Refreshes the checksum.
-    void setNumberOfRelCorrValues(unsigned short number) { setNumberOfPoints(number); }
+    void setNumberOfRelCorrValues(unsigned short number) { storePointCount(number); }
 };
 
 /// The frequency points of the attenuator's correction: 200.

@@ -42,7 +42,7 @@ inline constexpr auto recordFields<HwSDatablockSsynOpuLevelFreq> = describe<HwSD
 template <>
 inline constexpr auto recordFields<HwSDatablockSsynOpuLevel> = describe<HwSDatablockSsynOpuLevel>(
     field<&HwSDatablockSsynOpuLevel::count>("count").as(Role::Count),
-    field<&HwSDatablockSsynOpuLevel::values>("level").in("mV").along(0, "point", "count", -1));
+    field<&HwSDatablockSsynOpuLevel::values>("level").in("mV").along(0, "point", "count", 10002));
 
 /// What the three blocks do the same way: a count and as many values, 0 out of range. Setters refresh the checksum and
 /// do nothing out of range.

@@ -12,21 +12,22 @@ namespace Travik {
 /// Temperature compensation: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockSAttCTempFreq : public HwDatablockBaseTemplate<unsigned int, double, 50, 1> {
 public:
-    static constexpr TableSpec table{11305, "SATT_TEMP_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 11305, .key = "SATT_TEMP_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockSAttCTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Temperature compensation: four rows of gradients at the points of 11305.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockSAttCTempGradient : public HwDatablockBaseTemplate<int, double, 4, 50> {
 public:
-    static constexpr TableSpec table{11306, "SATT_TEMP_GRADIENT", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 11306, .key = "SATT_TEMP_GRADIENT", .columnAxis = 11305};
     explicit HwDatablockSAttCTempGradient(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Temperature compensation: four rows of offsets at the points of 11305.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockSAttCTempOffset : public HwDatablockBaseTemplate<int, double, 4, 50> {
 public:
-    static constexpr TableSpec table{11307, "SATT_TEMP_OFFSET", 1.0, "", Role::Value, 0, -2};
+    static constexpr TableSpec table{.id = 11307, .key = "SATT_TEMP_OFFSET", .columnAxis = 11305};
     explicit HwDatablockSAttCTempOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 

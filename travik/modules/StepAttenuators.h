@@ -71,7 +71,7 @@ namespace detail {
 template <class R, auto Member>
 consteval FieldSet<1> byAttenuationAndFrequency(const char* name) {
     constexpr StepAttenuatorKind kind = stepAttenuatorKind<R>;
-    return field<Member>(name).along(0, "attenuation").along(1, "point", nullptr, kind.frequencyId - kind.id);
+    return field<Member>(name).along(0, "attenuation").along(1, "point", nullptr, kind.frequencyId);
 }
 
 } // namespace detail

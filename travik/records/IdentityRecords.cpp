@@ -53,17 +53,11 @@ std::ostream& HwDatablockMbrdSerialNumber::printToStream(std::ostream& os) {
     return os;
 }
 
-QString HwDatablockMbrdModel::getModel() const {
-    const std::string_view model = getText<&Record::model>();
-    return QString::fromLatin1(model.data(), static_cast<qsizetype>(model.size()));
-}
+QString HwDatablockMbrdModel::getModel() const { return fromLatin1(loadText<&Record::model>()); }
 
-void HwDatablockMbrdModel::setModel(const QString& model) {
-    const QByteArray latin1 = model.toLatin1();
-    setText<&Record::model>({latin1.data(), static_cast<std::size_t>(latin1.size())}, longestModel);
-}
+void HwDatablockMbrdModel::setModel(const QString& model) { storeText<&Record::model>(toLatin1(model), longestModel); }
 
-void HwDatablockMbrdModel::trimModel() { putText<&Record::model>(getText<&Record::model>(), longestModel); }
+void HwDatablockMbrdModel::trimModel() { putText<&Record::model>(loadText<&Record::model>(), longestModel); }
 
 int HwDatablockMbrdModel::setBlock(HwSDatablockMbrdModel* record) {
     return takeOver(record, "HwDatablockMbrdModel", 0, [&] { trimModel(); });
@@ -77,7 +71,7 @@ std::ostream& HwDatablockMbrdModel::printToStream(std::ostream& os) {
     TextWriter out(os);
     out.line("# Das ist der Modellname des VQN`s");
     (out << "ID:              " << keyName).endLine();
-    (out << "MODEL:           " << getText<&Record::model>()).endLine();
+    (out << "MODEL:           " << loadText<&Record::model>()).endLine();
     out.line();
     return os;
 }
@@ -92,7 +86,7 @@ HwDatablockMbrdMac::HwDatablockMbrdMac() : RecordBlock(macId, true) {
 const unsigned char* HwDatablockMbrdMac::getMac(unsigned int* length) const {
     if (length)
         *length = getMacLength();
-    return getBytes<&Record::mac>();
+    return loadBytes<&Record::mac>();
 }
 
 void HwDatablockMbrdMac::setMac(const unsigned char* mac, unsigned int length) {
@@ -131,7 +125,7 @@ void HwDatablockMbrdTimeMonitoringData::setDate(const char* date) {
 const unsigned char* HwDatablockMbrdTimeMonitoringData::getTimeMonitoringData(unsigned int* length) const {
     if (length)
         *length = getTimeMonitoringDataLength();
-    return getBytes<&Record::data>();
+    return loadBytes<&Record::data>();
 }
 
 void HwDatablockMbrdTimeMonitoringData::setTimeMonitoringData(const unsigned char* data, unsigned int length) {

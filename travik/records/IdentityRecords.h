@@ -213,7 +213,7 @@ public:
 
     /// The 32 characters kept for the date, which may lack a NUL in an image that was not written by this library;
     /// zeros where the buffer is too short.
-    const char* getDate() const { return getBytes<&Record::date>(); }
+    const char* getDate() const { return loadBytes<&Record::date>(); }
     /// A text of 32 or more characters, or null, does nothing. Does not refresh the checksum.
     void setDate(const char* date);
 

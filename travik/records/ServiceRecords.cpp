@@ -57,7 +57,7 @@ std::ostream& HwDatablockServiceData::printToStream(std::ostream& os) {
     TextWriter out(os);
     out.line("# Das sind die Servicedaten Service 200"); // whichever of the service blocks it is
     (out << "ID:              " << keyOf(getId())).endLine();
-    (out << "DEPARTMENT:      " << getText<&Record::department>()).endLine();
+    (out << "DEPARTMENT:      " << loadText<&Record::department>()).endLine();
     (out << "SERVICEDATE:     ").date(getServiceDate()).endLine();
     out << "OPHOURS:         ";
     out.zeroFilled(getOpTimeHours() / million, 5) << '/';

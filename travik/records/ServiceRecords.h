@@ -57,7 +57,7 @@ public:
     /// The block identifier.
     unsigned short getServiceDataId() { return getId(); }
     /// Six characters, not terminated; zeros where the buffer is too short.
-    const char* getDepartment() const { return getBytes<&Record::department>(); }
+    const char* getDepartment() const { return loadBytes<&Record::department>(); }
     unsigned short getServiceDate() const { return get<&Record::serviceDate>(); }
     unsigned short getServiceDateDay() const { return getServiceDate() & 31U; }
     unsigned short getServiceDateMonth() const { return (getServiceDate() >> 5U) & 15U; }

@@ -35,7 +35,7 @@ HwDatablockCommonStatisticData::HwDatablockCommonStatisticData(int instance)
 const unsigned char* HwDatablockCommonStatisticData::getCommonStatisticData(unsigned int* length) const {
     if (length)
         *length = getCommonStatisticDataLength();
-    return getBytes<&Record::data>();
+    return loadBytes<&Record::data>();
 }
 
 void HwDatablockCommonStatisticData::setCommonStatisticData(const unsigned char* data, unsigned int length) {

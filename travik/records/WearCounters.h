@@ -20,9 +20,8 @@ struct HwSDatablockSAttCCounter : HwSDatablockHeader {
 static_assert(sizeof(HwSDatablockSAtt3OWLDCounter) == 12 && sizeof(HwSDatablockSAtt6OWLDCounter) == 12);
 static_assert(sizeof(HwSDatablockSAttCCounter) == 16);
 
-template <>
-inline constexpr auto recordFields<HwSDatablockOWLDCounter> =
-    describe<HwSDatablockOWLDCounter>(field<&HwSDatablockOWLDCounter::counter>("counter_value"));
+template <std::derived_from<HwSDatablockOWLDCounter> R>
+inline constexpr auto recordFields<R> = describe<R>(field<&R::counter>("counter_value"));
 
 template <>
 inline constexpr auto recordFields<HwSDatablockSAttCCounter> =

@@ -25,7 +25,7 @@ struct CatalogueEntry {
     std::unique_ptr<HwDatablock> (*create)(const CatalogueEntry& entry, int id);
     /// The key name that the block prints for an identifier; empty where it prints none.
     std::string (*key)(const CatalogueEntry& entry, int id);
-    /// The fields that follow the header.
+    /// The fields that follow the header, with the blocks that label the tables of this very identifier.
     FieldList (*fields)(const CatalogueEntry& entry, int id);
     /// Re-stores a block of the class in place, every field through the byte-order conversion; null where blocks of
     /// this entry are not converted.

@@ -83,19 +83,30 @@ struct Row : CatalogueEntry {
 };
 
 using Create = std::unique_ptr<HwDatablock> (*)(const CatalogueEntry& entry, int id);
+using Key = std::string (*)(const CatalogueEntry& entry, int id);
+using Fields = FieldList (*)(const CatalogueEntry& entry, int id);
 
+/// Blocks that are made by a function of the row's own.
 template <class Block>
-constexpr Row<Block> rows(int first, int last, Create create) {
-    Row<Block> row{{first, last, className<Block>(), true, create, keyOf<Block>, fieldsOf<Block>, nullptr}};
+constexpr Row<Block> rowsMadeBy(int first, int last, Create create, Key key = keyOf<Block>,
+                                Fields fields = fieldsOf<Block>) {
+    Row<Block> row{{.first = first,
+                    .last = last,
+                    .className = className<Block>(),
+                    .registered = true,
+                    .create = create,
+                    .key = key,
+                    .fields = fields,
+                    .restore = nullptr}};
     if constexpr (requires { Block::exchange; })
         row.exchange = &Block::exchange;
     return row;
 }
 
-/// A class that is made without arguments, its flag false or fixed.
+/// A class that is made without arguments, its stop flag false or fixed.
 template <class Block>
 constexpr Row<Block> row(int first, int last) {
-    return rows<Block>(first, last, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
+    return rowsMadeBy<Block>(first, last, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
         return std::make_unique<Block>();
     });
 }
@@ -104,26 +115,40 @@ constexpr Row<Block> row(int id) {
     return row<Block>(id, id);
 }
 
-/// A class that is made with the flag true.
+/// A class that is made with the stop flag, which is true.
 template <class Block>
-constexpr Row<Block> flagged(int id) {
-    return rows<Block>(id, id, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
+constexpr Row<Block> rowWithStopFlag(int id) {
+    return rowsMadeBy<Block>(id, id, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
         return std::make_unique<Block>(true);
     });
 }
 
-/// A class that is made with its instance, counted from the first identifier, and further arguments.
+/// A class that is made with its instance, counted from the first identifier, and further arguments. What labels its
+/// tables exists once an instance, too, in the same order.
 template <class Block, auto... Further>
-constexpr Row<Block> instances(int first, int last) {
-    return rows<Block>(first, last, [](const CatalogueEntry& entry, int id) -> std::unique_ptr<HwDatablock> {
-        return std::make_unique<Block>(id - entry.first, Further...);
-    });
+constexpr Row<Block> rowsByInstance(int first, int last) {
+    return rowsMadeBy<Block>(
+        first, last,
+        [](const CatalogueEntry& entry, int id) -> std::unique_ptr<HwDatablock> {
+            return std::make_unique<Block>(id - entry.first, Further...);
+        },
+        keyOf<Block>,
+        [](const CatalogueEntry& entry, int id) {
+            FieldList list = fieldsOf<Block>(entry, id);
+            for (Field& field : list) {
+                for (Dimension& dimension : field.dimensions) {
+                    if (dimension.axisBlock != 0)
+                        dimension.axisBlock += id - entry.first;
+                }
+            }
+            return list;
+        });
 }
 
 /// A class that is made with its identifier.
 template <class Block>
-constexpr Row<Block> identified(int first, int last) {
-    return rows<Block>(first, last, [](const CatalogueEntry&, int id) -> std::unique_ptr<HwDatablock> {
+constexpr Row<Block> rowsByIdentifier(int first, int last) {
+    return rowsMadeBy<Block>(first, last, [](const CatalogueEntry&, int id) -> std::unique_ptr<HwDatablock> {
         return std::make_unique<Block>(id);
     });
 }
@@ -133,13 +158,14 @@ template <template <class, class, class, unsigned int, unsigned int> class Templ
           unsigned int M>
 constexpr CatalogueEntry bareTable(const TableSpec& spec) {
     using Block = Template<MiscData<StoreT, N, M>, StoreT, double, N, M>;
-    CatalogueEntry entry =
-        rows<Block>(spec.id, spec.id, [](const CatalogueEntry& e, int id) -> std::unique_ptr<HwDatablock> {
+    CatalogueEntry entry = rowsMadeBy<Block>(
+        spec.id, spec.id,
+        [](const CatalogueEntry& e, int id) -> std::unique_ptr<HwDatablock> {
             return std::make_unique<Block>(e.table.key, static_cast<unsigned int>(id), 0, e.table.scale, N, M, true);
-        });
+        },
+        [](const CatalogueEntry& e, int) -> std::string { return e.table.key; },
+        [](const CatalogueEntry& e, int) { return tableFields(Block::shape, e.table); });
     entry.table = spec;
-    entry.key = [](const CatalogueEntry& e, int) -> std::string { return e.table.key; };
-    entry.fields = [](const CatalogueEntry& e, int) { return tableFields(Block::shape, e.table); };
     return entry;
 }
 

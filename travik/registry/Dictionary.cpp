@@ -1,5 +1,8 @@
+#include <travik/modules/IqModulatorTables.h>
 #include <travik/registry/Catalogue.h>
 #include <travik/registry/Dictionary.h>
+
+#include <atomic>
 
 namespace Travik {
 
@@ -23,6 +26,13 @@ void IdHwDatablockOldStyleClassDict::fill() {
                 place->second = prototype.release();
         }
     }
+}
+
+void IdHwDatablockOldStyleClassDict::countAsFilled() {
+    using Counted = HwDatablockIqOp3RfmCalibData;
+    static const CatalogueEntry& row = *findEntry(Counted::firstId);
+    std::atomic_ref(Counted::instanceCounter)
+        .fetch_add(static_cast<unsigned int>(row.last - row.first + 1), std::memory_order_relaxed);
 }
 
 } // namespace Travik

@@ -12,6 +12,10 @@ public:
     /// Adds a prototype of every registered identifier, cut to its header (the end block as it is). The caller owns
     /// them. An identifier that is there already keeps its prototype.
     void fill();
+
+    /// Counts the prototypes of a dictionary that is spared: `HwDatablockIqOp3RfmCalibData` prints how many of its
+    /// objects were made, and a conversion of a block's byte order counts as much as a dictionary does.
+    static void countAsFilled();
 };
 
 } // namespace Travik

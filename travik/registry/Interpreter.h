@@ -17,9 +17,7 @@ public:
     HwDatablockOldStyleInterpreter& operator=(const HwDatablockOldStyleInterpreter&) = delete;
     virtual ~HwDatablockOldStyleInterpreter();
 
-    /// Converts the block, taken to be `id`, into the format and hands it buffer and format back. False, and the block
-    /// untouched, for an identifier that is not converted. A table whose checksum is wrong keeps its bytes (error
-    /// 1040001 is signalled), takes the format and counts as converted.
+    /// As `convertBlock`.
     bool swapHwDatablock(HwEDataFormatTyp format, int id, HwDatablock* block);
 
     /// Prints the block through the prototype of its identifier, which shares the block's buffer until the next print

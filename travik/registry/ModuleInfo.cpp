@@ -55,10 +55,10 @@ ModuleInfo::Text text(std::string_view latin1) {
     latin1 = latin1.substr(0, latin1.find_last_not_of(' ') + 1);
     if (latin1.find_first_not_of('\xFF') == std::string_view::npos)
         return std::nullopt;
-    return QString::fromLatin1(latin1.data(), static_cast<qsizetype>(latin1.size())).toStdString();
+    return fromLatin1(latin1).toStdString();
 }
 
-ModuleInfo::Text text(const QString& value) { return text(value.toLatin1().toStdString()); }
+ModuleInfo::Text text(const QString& value) { return text(toLatin1(value)); }
 
 std::optional<ModuleInfo::Identity> identityOf(const ModuleImage& image) {
     const ImageBlock* block = find(image, 2);

@@ -14,7 +14,8 @@ namespace Travik {
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttCalFreq : public HwDatablockBaseTemplate<double, double, 200, 1>,
                                                              public TextExchange<HwDatablockDunRfboAttCalFreq> {
 public:
-    static constexpr TableSpec table{15760, "BLOCK_DUN_RFBO_ATT_CAL_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15760, .key = "BLOCK_DUN_RFBO_ATT_CAL_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
@@ -22,7 +23,7 @@ public:
 /// Attenuator calibration: a row per attenuator setting (its index value), at the points of 15760.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttCalData : public HwDatablockBaseTemplateIndex<int, int, 40, 200> {
 public:
-    static constexpr TableSpec table{15761, "BLOCK_DUN_RFBO_ATT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15761, .key = "BLOCK_DUN_RFBO_ATT_CAL_DATA", .columnAxis = 15760};
     explicit HwDatablockDunRfboAttCalData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
 
@@ -30,7 +31,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboTempCompFreq : public HwDatablockBaseTemplate<double, double, 50, 1>,
                                                                public TextExchange<HwDatablockDunRfboTempCompFreq> {
 public:
-    static constexpr TableSpec table{15770, "BLOCK_DUN_RFBO_TEMP_COMP_FREQ", 1.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15770, .key = "BLOCK_DUN_RFBO_TEMP_COMP_FREQ", .unit = "Hz", .role = Role::Axis};
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboTempCompFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
@@ -40,7 +42,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboTempCompData : public HwDatablockBaseTemplateIndex<int, int, 80, 50>,
                                                                public TextExchange<HwDatablockDunRfboTempCompData> {
 public:
-    static constexpr TableSpec table{15771, "BLOCK_DUN_RFBO_TEMP_COMP_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15771, .key = "BLOCK_DUN_RFBO_TEMP_COMP_DATA", .columnAxis = 15770};
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboTempCompData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
@@ -50,7 +52,7 @@ class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegAttenuation
     : public HwDatablockBaseTemplate<float, float, 50, 4>,
       public TextExchange<HwDatablockDunRfboAttRegAttenuation> {
 public:
-    static constexpr TableSpec table{15798, "DUN_RFBO_ATTREG_ATTENUATION", 1.0};
+    static constexpr TableSpec table{.id = 15798, .key = "DUN_RFBO_ATTREG_ATTENUATION"};
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttRegAttenuation(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
@@ -60,7 +62,7 @@ class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegData
     : public HwDatablockBaseTemplate<unsigned int, unsigned int, 50, 4>,
       public TextExchange<HwDatablockDunRfboAttRegData> {
 public:
-    static constexpr TableSpec table{15799, "DUN_RFBO_ATTREG_DATA", 1.0};
+    static constexpr TableSpec table{.id = 15799, .key = "DUN_RFBO_ATTREG_DATA"};
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttRegData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };

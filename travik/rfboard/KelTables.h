@@ -13,14 +13,14 @@ namespace Travik {
 /// External input: gain.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtInGain : public HwDatablockBaseTemplate<int, int, 10, 1> {
 public:
-    static constexpr TableSpec table{15700, "RFBO_EXTIN_GAIN", 1.0};
+    static constexpr TableSpec table{.id = 15700, .key = "RFBO_EXTIN_GAIN"};
     explicit HwDatablockKelRfboExtInGain(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// External input: offset.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtInOffset : public HwDatablockBaseTemplate<int, int, 10, 1> {
 public:
-    static constexpr TableSpec table{15701, "RFBO_EXTIN_OFFSET", 1.0};
+    static constexpr TableSpec table{.id = 15701, .key = "RFBO_EXTIN_OFFSET"};
     explicit HwDatablockKelRfboExtInOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -28,21 +28,22 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboDetTuneFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
 public:
-    static constexpr TableSpec table{15705, "RFBO_DET_TUNE_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15705, .key = "RFBO_DET_TUNE_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboDetTuneFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Detector tuning: two rows of values at the points of 15705.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboDetTuneData : public HwDatablockBaseTemplate<int, int, 2, 128> {
 public:
-    static constexpr TableSpec table{15706, "RFBO_DET_TUNE_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15706, .key = "RFBO_DET_TUNE_DATA", .columnAxis = 15705};
     explicit HwDatablockKelRfboDetTuneData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Calibration of the temperature-compensated reference oscillator.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTcxoCal : public HwDatablockBaseTemplate<int, int, 8, 1> {
 public:
-    static constexpr TableSpec table{15710, "RFBO_TCXO_CAL", 1.0};
+    static constexpr TableSpec table{.id = 15710, .key = "RFBO_TCXO_CAL"};
     explicit HwDatablockKelRfboTcxoCal(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -50,14 +51,15 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboRfLevelMaxFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
 public:
-    static constexpr TableSpec table{15715, "RFBO_RFLEVEL_MAX_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15715, .key = "RFBO_RFLEVEL_MAX_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboRfLevelMaxFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Maximum RF level: two rows at the points of 15715, stored in hundredths.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboRfLevelMaxData : public HwDatablockBaseTemplate<int, double, 2, 128> {
 public:
-    static constexpr TableSpec table{15716, "RFBO_RFLEVEL_MAX_DATA", 0.01, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15716, .key = "RFBO_RFLEVEL_MAX_DATA", .scale = 0.01, .columnAxis = 15715};
     explicit HwDatablockKelRfboRfLevelMaxData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -65,14 +67,15 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttCalFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 200, 1> {
 public:
-    static constexpr TableSpec table{15720, "RFBO_ATT_CAL_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15720, .key = "RFBO_ATT_CAL_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboAttCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Attenuator calibration: a row per attenuator setting (its index value), at the points of 15720.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttCalData : public HwDatablockBaseTemplateIndex<int, int, 27, 200> {
 public:
-    static constexpr TableSpec table{15721, "RFBO_ATT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15721, .key = "RFBO_ATT_CAL_DATA", .columnAxis = 15720};
     explicit HwDatablockKelRfboAttCalData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
 
@@ -80,49 +83,52 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 350, 1> {
 public:
-    static constexpr TableSpec table{15725, "RFBO_EXT_CAL_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15725, .key = "RFBO_EXT_CAL_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboExtCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// External calibration: five rows at the points of 15725.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalData : public HwDatablockBaseTemplate<int, int, 5, 350> {
 public:
-    static constexpr TableSpec table{15726, "RFBO_EXT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15726, .key = "RFBO_EXT_CAL_DATA", .columnAxis = 15725};
     explicit HwDatablockKelRfboExtCalData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Automatic level control: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAlcFreq : public HwDatablockBaseTemplate<unsigned int, double, 10, 1> {
 public:
-    static constexpr TableSpec table{15730, "RFBO_ALC_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15730, .key = "RFBO_ALC_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboAlcFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Automatic level control: four rows at the points of 15730.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAlcData : public HwDatablockBaseTemplate<int, int, 4, 10> {
 public:
-    static constexpr TableSpec table{15731, "RFBO_ALC_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15731, .key = "RFBO_ALC_DATA", .columnAxis = 15730};
     explicit HwDatablockKelRfboAlcData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Temperature compensation: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempFreq : public HwDatablockBaseTemplate<unsigned int, double, 50, 1> {
 public:
-    static constexpr TableSpec table{15735, "RFBO_TEMP_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15735, .key = "RFBO_TEMP_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Temperature compensation: gradients at the points of 15735.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempGradient : public HwDatablockBaseTemplate<int, int, 6, 50> {
 public:
-    static constexpr TableSpec table{15740, "RFBO_TEMP_GRADIENT", 1.0, "", Role::Value, 0, -5};
+    static constexpr TableSpec table{.id = 15740, .key = "RFBO_TEMP_GRADIENT", .columnAxis = 15735};
     explicit HwDatablockKelRfboTempGradient(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Temperature compensation: offsets at the points of 15735.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempOffset : public HwDatablockBaseTemplate<int, int, 6, 50> {
 public:
-    static constexpr TableSpec table{15745, "RFBO_TEMP_OFFSET", 1.0, "", Role::Value, 0, -10};
+    static constexpr TableSpec table{.id = 15745, .key = "RFBO_TEMP_OFFSET", .columnAxis = 15735};
     explicit HwDatablockKelRfboTempOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -131,7 +137,7 @@ class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttRegData
     : public HwDatablockBaseTemplate<unsigned int, unsigned int, 50, 1>,
       public TextExchange<HwDatablockKelRfboAttRegData> {
 public:
-    static constexpr TableSpec table{15750, "RFBO_ATTREG_DATA", 1.0};
+    static constexpr TableSpec table{.id = 15750, .key = "RFBO_ATTREG_DATA"};
     static const ExchangeFormat exchange;
     explicit HwDatablockKelRfboAttRegData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
@@ -139,14 +145,15 @@ public:
 /// S/H: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboSHFreq : public HwDatablockBaseTemplate<unsigned int, double, 150, 1> {
 public:
-    static constexpr TableSpec table{15755, "RFBO_S_H_FREQ", 10.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15755, .key = "RFBO_S_H_FREQ", .scale = 10.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboSHFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// S/H: rows labelled by an index value, at the points of 15755.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboSHData : public HwDatablockBaseTemplateIndex<int, int, 35, 150> {
 public:
-    static constexpr TableSpec table{15756, "RFBO_S_H_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15756, .key = "RFBO_S_H_DATA", .columnAxis = 15755};
     explicit HwDatablockKelRfboSHData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
 
@@ -154,7 +161,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalUserFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 750, 1> {
 public:
-    static constexpr TableSpec table{16000, "RFBO_EXT_CAL_USER_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 16000, .key = "RFBO_EXT_CAL_USER_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockKelRfboExtCalUserFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -162,7 +170,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalUserData
     : public HwDatablockBaseTemplateExtended<int, int, 10, 5, 750> {
 public:
-    static constexpr TableSpec table{16001, "RFBO_EXT_CAL_USER_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 16001, .key = "RFBO_EXT_CAL_USER_DATA", .columnAxis = 16000};
     explicit HwDatablockKelRfboExtCalUserData(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
 

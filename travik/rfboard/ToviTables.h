@@ -14,7 +14,7 @@ namespace Travik {
 /// Coefficients of the stereo coder.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockStereocoderCo : public HwDatablockBaseTemplate<short, short, 6, 1> {
 public:
-    static constexpr TableSpec table{15690, "STEREOCODER_CO", 1.0};
+    static constexpr TableSpec table{.id = 15690, .key = "STEREOCODER_CO"};
     explicit HwDatablockStereocoderCo(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -22,7 +22,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
 public:
-    static constexpr TableSpec table{15800, "VECTOR_RFLEVEL_MAX_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15800, .key = "VECTOR_RFLEVEL_MAX_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorRfLevelMaxFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -30,7 +31,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxData
     : public HwDatablockBaseTemplate<int, double, 1, 128> {
 public:
-    static constexpr TableSpec table{15801, "VECTOR_RFLEVEL_MAX_DATA", 0.01, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15801, .key = "VECTOR_RFLEVEL_MAX_DATA", .scale = 0.01, .columnAxis = 15800};
     explicit HwDatablockToviVectorRfLevelMaxData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -38,7 +39,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 32, 1> {
 public:
-    static constexpr TableSpec table{15810, "VECTOR_ALC_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15810, .key = "VECTOR_ALC_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorAlcFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -46,7 +48,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcData
     : public HwDatablockBaseTemplate<unsigned int, double, 4, 32> {
 public:
-    static constexpr TableSpec table{15811, "VECTOR_ALC_DATA", 100.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15811, .key = "VECTOR_ALC_DATA", .scale = 100.0, .columnAxis = 15810};
     explicit HwDatablockToviVectorAlcData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -54,7 +56,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 32, 1> {
 public:
-    static constexpr TableSpec table{15820, "VECTOR_ALC_IQNORM_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15820, .key = "VECTOR_ALC_IQNORM_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorAlcIqNormFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -62,7 +65,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormData
     : public HwDatablockBaseTemplate<unsigned int, double, 4, 32> {
 public:
-    static constexpr TableSpec table{15821, "VECTOR_ALC_IQNORM_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15821, .key = "VECTOR_ALC_IQNORM_DATA", .columnAxis = 15820};
     explicit HwDatablockToviVectorAlcIqNormData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -70,7 +73,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 32, 1> {
 public:
-    static constexpr TableSpec table{15830, "VECTOR_ALC_IQWIDE_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15830, .key = "VECTOR_ALC_IQWIDE_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorAlcIqWideFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -78,7 +82,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideData
     : public HwDatablockBaseTemplate<unsigned int, double, 4, 32> {
 public:
-    static constexpr TableSpec table{15831, "VECTOR_ALC_IQWIDE_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15831, .key = "VECTOR_ALC_IQWIDE_DATA", .columnAxis = 15830};
     explicit HwDatablockToviVectorAlcIqWideData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -86,14 +90,15 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 292, 1> {
 public:
-    static constexpr TableSpec table{15840, "RFBO_EXT_CAL_VEC_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15840, .key = "RFBO_EXT_CAL_VEC_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfBoExtCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// External calibration, vector: four rows at the points of 15840.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecData : public HwDatablockBaseTemplate<int, int, 4, 292> {
 public:
-    static constexpr TableSpec table{15841, "RFBO_EXT_CAL_VEC_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15841, .key = "RFBO_EXT_CAL_VEC_DATA", .columnAxis = 15840};
     explicit HwDatablockToviRfBoExtCalVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -101,14 +106,14 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 20, 1> {
 public:
-    static constexpr TableSpec table{15842, "RFBO_ATT_CAL_VEC_FREQ", 1.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{.id = 15842, .key = "RFBO_ATT_CAL_VEC_FREQ", .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfboAttCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Attenuator calibration, vector: a row per attenuator setting (its index value), at the points of 15842.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecData : public HwDatablockBaseTemplateIndex<int, int, 27, 20> {
 public:
-    static constexpr TableSpec table{15843, "RFBO_ATT_CAL_VEC_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 15843, .key = "RFBO_ATT_CAL_VEC_DATA", .columnAxis = 15842};
     explicit HwDatablockToviRfboAttCalVecData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
 
@@ -116,7 +121,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 128, 1> {
 public:
-    static constexpr TableSpec table{15844, "RFBO_RFLEVEL_MAX_VEC_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 15844, .key = "RFBO_RFLEVEL_MAX_VEC_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfboRfLevelMaxVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -124,14 +130,15 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecData
     : public HwDatablockBaseTemplate<int, double, 1, 128> {
 public:
-    static constexpr TableSpec table{15845, "RFBO_RFLEVEL_MAX_VEC_DATA", 0.01, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{
+        .id = 15845, .key = "RFBO_RFLEVEL_MAX_VEC_DATA", .scale = 0.01, .columnAxis = 15844};
     explicit HwDatablockToviRfboRfLevelMaxVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// Level control: temperatures, one signed byte each.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTemp : public HwDatablockBaseTemplate<char, double, 12, 1> {
 public:
-    static constexpr TableSpec table{15850, "VECTOR_LEVCON_TEMP", 1.0};
+    static constexpr TableSpec table{.id = 15850, .key = "VECTOR_LEVCON_TEMP"};
     explicit HwDatablockToviVectorLevconTemp(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -139,7 +146,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempFreq
     : public HwDatablockBaseTemplate<unsigned short, double, 64, 1> {
 public:
-    static constexpr TableSpec table{15851, "VECTOR_LEVCON_TEMP_FREQ", 1.0, "", Role::Axis};
+    static constexpr TableSpec table{.id = 15851, .key = "VECTOR_LEVCON_TEMP_FREQ", .role = Role::Axis};
     explicit HwDatablockToviVectorLevconTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -147,7 +154,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempLevcon
     : public HwDatablockBaseTemplate<unsigned short, double, 50, 1> {
 public:
-    static constexpr TableSpec table{15852, "VECTOR_LEVCON_TEMP_LEVCON", 1.0, "", Role::Axis};
+    static constexpr TableSpec table{.id = 15852, .key = "VECTOR_LEVCON_TEMP_LEVCON", .role = Role::Axis};
     explicit HwDatablockToviVectorLevconTempLevcon(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -156,7 +163,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempData
     : public HwDatablockBaseTemplate<unsigned short, double, 64, 50> {
 public:
-    static constexpr int firstId = 15853;
+    static constexpr TableSpec table{.id = 15853, .rowAxis = 15851, .columnAxis = 15852};
     /// Of the identifiers one after the other.
     static constexpr std::array keyNames{
         "_DatablockId_Tovi_Vector_Levcon_Temp_Data00_", "_DatablockId_Tovi_Vector_Levcon_Temp_Data01_",
@@ -166,24 +173,22 @@ public:
         "_DatablockId_Tovi_Vector_Levcon_Temp_Data08_", "_DatablockId_Tovi_Vector_Levcon_Temp_Data09_",
     };
     static constexpr const char* keyOf(int id) {
-        return id >= firstId && id < firstId + static_cast<int>(keyNames.size())
-                   ? keyNames[static_cast<std::size_t>(id - firstId)]
+        return id >= table.id && id < table.id + static_cast<int>(keyNames.size())
+                   ? keyNames[static_cast<std::size_t>(id - table.id)]
                    : "";
-    }
-    static FieldList fieldsOf(int id) {
-        return tableFields(shape, {id, keyOf(id), 1.0, "", Role::Value, 15851 - id, 15852 - id});
     }
 
     /// Identifier 15853 + `idOffset`; the key name is what the text shows.
     HwDatablockToviVectorLevconTempData(const char* keyName, int idOffset, bool stop = false)
-        : HwDatablockBaseTemplate(keyName, firstId, static_cast<unsigned int>(idOffset), 1.0, stop) {}
+        : HwDatablockBaseTemplate(keyName, table.id, static_cast<unsigned int>(idOffset), table.scale, stop) {}
 };
 
 /// The user's external calibration, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserFreq
     : public HwDatablockBaseTemplate<unsigned int, double, 350, 1> {
 public:
-    static constexpr TableSpec table{16002, "RFBO_EXT_CAL_VEC_USER_FREQ", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 16002, .key = "RFBO_EXT_CAL_VEC_USER_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfboExtCalVecUserFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -191,7 +196,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserData
     : public HwDatablockBaseTemplateExtended<int, int, 10, 4, 350> {
 public:
-    static constexpr TableSpec table{16003, "RFBO_EXT_CAL_VEC_USER_DATA", 1.0, "", Role::Value, 0, -1};
+    static constexpr TableSpec table{.id = 16003, .key = "RFBO_EXT_CAL_VEC_USER_DATA", .columnAxis = 16002};
     explicit HwDatablockToviRfboExtCalVecUserData(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
 

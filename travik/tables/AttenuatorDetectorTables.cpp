@@ -13,7 +13,7 @@ constinit const StepTable HwSDatablockAttCalData2Edition::table = {
     .name = {12180,
              "HwSDatablockAttCalibData2Edition",
              {"ATT_CAL_DAT_*_LEVEL_2_EDITION", 4, "COUNT_OF_ATT_CAL_DAT_*_FREQ_2_EDITION"}},
-    .values = {.name = "correction", .unit = "dB", .scale = 1e-2, .axisBlock = -10},
+    .values = {.name = "correction", .unit = "dB", .scale = 1e-2, .axisBlock = 12170},
     .text = {.head = {.comments = lines<"#Das sind die Userdaten ">},
              .beforeRows = lines<"# f[10Hz]", "#  ATTENUATOR_CORRECTION [1/100dB]">,
              .labelSeparator = ":",
@@ -28,7 +28,7 @@ constinit const ListTable HwSDatablockCwop3DetTuneFreq::table = {
 
 constinit const StepTable HwSDatablockCwop3DetTuneDac::table = {
     .name = {12200, "HwSDatablockCwop3DetTuneDac", {"CWOP3_DET_TUNE_*_DAC", 4, "COUNT_OF_CWOP3_DET_TUNE_*_FREQ"}},
-    .values = {.name = "dac", .axisBlock = -10},
+    .values = {.name = "dac", .axisBlock = 12190},
     .text = {.head = {.comments = lines<"#Userdaten: Det-Tune DAC ">}, .labelSeparator = ":", .valueSeparator = "\t\t"},
     .printsBeyondCapacity = true};
 

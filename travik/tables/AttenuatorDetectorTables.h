@@ -14,9 +14,9 @@ public:
     using UserFrequencies::PathBlock::PathBlock;
 
     int getNumberOfFreqValues() const { return this->count(); }
-    void setNumberOfFreqValues(int count) { this->setCount(count); }
+    void setNumberOfFreqValues(int count) { this->storeCount(count); }
     Value getFrequencyValue(int k) const { return this->value(k); }
-    void setFrequencyValue(Value value, int k) { this->setValue(value, k); }
+    void setFrequencyValue(Value value, int k) { this->storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockAttCalDataFreq2Edition : CountedRecord<int[150], 612, int> {
@@ -39,9 +39,9 @@ public:
 
     /// The whole stored count; its low 16 bits count.
     int getNumberOfAttSteps() const { return count(); }
-    void setNumberOfAttSteps(unsigned short steps) { setSteps(steps); }
+    void setNumberOfAttSteps(unsigned short steps) { storeSteps(steps); }
     short getAttenuationValue(int step, int k) const { return value(step, k); }
-    void setAttenuationValue(short value, int step, int k) { setValue(value, step, k); }
+    void setAttenuationValue(short value, int step, int k) { storeValue(value, step, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockCwop3DetTuneFreq : CountedRecord<double[100], 812, int> {
@@ -62,10 +62,10 @@ public:
 
     /// The whole stored count; its low 16 bits count.
     int getNumberOfDacSteps() const { return count(); }
-    void setNumberOfDacSteps(unsigned short steps) { setSteps(steps); }
+    void setNumberOfDacSteps(unsigned short steps) { storeSteps(steps); }
     // Getter and setter order their indices differently.
     int getDetTuneDacValue(int k, int row) const { return value(row, k); }
-    void setDetTuneDacValue(short value, int row, int k) { setValue(value, row, k); }
+    void setDetTuneDacValue(short value, int row, int k) { storeValue(value, row, k); }
 
     /// Takes the low 16 bits of each value, sign-extended, as the setter does.
     int setBlock(const Record* record);
@@ -105,7 +105,7 @@ inline constexpr auto recordFields<HwSDatablockCwopDetLinCorrData> = describe<Hw
     entries<&HwSDatablockCwopDetLinCorrData::values>(field<&HwSLevCorrValues::level>("level"),
                                                      field<&HwSLevCorrValues::correction>("correction"))
         .along(0, "step", "steps")
-        .along(1, "point", "frequencies", -2));
+        .along(1, "point", "frequencies", 12290));
 
 /// 12292 and 12293: linearity correction of the detector, up to 10 levels at up to 50 frequencies. Printing leaves
 /// precision 3 on the stream.

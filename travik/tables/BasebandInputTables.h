@@ -14,9 +14,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfFilterTabsI() const { return count(); }
-    void setNumberOfFilterTabsI(int count) { setCount(count); }
+    void setNumberOfFilterTabsI(int count) { storeCount(count); }
     int getFilterTabsIValue(int i) const { return value(i); }
-    void setFilterTabsIValue(int value, int i) { setValue(value, i); }
+    void setFilterTabsIValue(int value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockBbinsCompFilterTabsQ : CountedRecord<int[20], 92, int> {
@@ -28,9 +28,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfFilterTabsQ() const { return count(); }
-    void setNumberOfFilterTabsQ(int count) { setCount(count); }
+    void setNumberOfFilterTabsQ(int count) { storeCount(count); }
     int getFilterTabsQValue(int i) const { return value(i); }
-    void setFilterTabsQValue(int value, int i) { setValue(value, i); }
+    void setFilterTabsQValue(int value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockBbinsUncalibratedFirAmplitudeI : CountedRecord<int[50], 212, int> {
@@ -43,9 +43,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfUncalibratedFirAmplitudeI() const { return count(); }
-    void setNumberOfUncalibratedFirAmplitudeI(int count) { setCount(count); }
+    void setNumberOfUncalibratedFirAmplitudeI(int count) { storeCount(count); }
     int getUncalibratedFirAmplitudeIValue(int i) const { return value(i); }
-    void setUncalibratedFirAmplitudeIValue(int value, int i) { setValue(value, i); }
+    void setUncalibratedFirAmplitudeIValue(int value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockBbinsUncalibratedFirPhiI : CountedRecord<int[50], 212, int> {
@@ -58,9 +58,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfUncalibratedFirPhiI() const { return count(); }
-    void setNumberOfUncalibratedFirPhiI(int count) { setCount(count); }
+    void setNumberOfUncalibratedFirPhiI(int count) { storeCount(count); }
     int getUncalibratedFirPhiIValue(int i) const { return value(i); }
-    void setUncalibratedFirPhiIValue(int value, int i) { setValue(value, i); }
+    void setUncalibratedFirPhiIValue(int value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockBbinsUncalibratedFirAmplitudeQ : CountedRecord<int[50], 212, int> {
@@ -73,9 +73,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfUncalibratedFirAmplitudeQ() const { return count(); }
-    void setNumberOfUncalibratedFirAmplitudeQ(int count) { setCount(count); }
+    void setNumberOfUncalibratedFirAmplitudeQ(int count) { storeCount(count); }
     int getUncalibratedFirAmplitudeQValue(int i) const { return value(i); }
-    void setUncalibratedFirAmplitudeQValue(int value, int i) { setValue(value, i); }
+    void setUncalibratedFirAmplitudeQValue(int value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockBbinsUncalibratedFirPhiQ : CountedRecord<int[50], 212, int> {
@@ -88,9 +88,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfUncalibratedFirPhiQ() const { return count(); }
-    void setNumberOfUncalibratedFirPhiQ(int count) { setCount(count); }
+    void setNumberOfUncalibratedFirPhiQ(int count) { storeCount(count); }
     int getUncalibratedFirPhiQValue(int i) const { return value(i); }
-    void setUncalibratedFirPhiQValue(int value, int i) { setValue(value, i); }
+    void setUncalibratedFirPhiQValue(int value, int i) { storeValue(value, i); }
 };
 
 } // namespace Travik

@@ -56,7 +56,7 @@ protected:
     int value(unsigned char i) const { return i == 0 ? this->template get<&R::value>() : 0; }
 
     /// 0, or -1 and error 1040002 when the value cannot be read back, as in a block that is cut short.
-    int setValue(int value, unsigned char i) {
+    int storeValue(int value, unsigned char i) {
         if (i != 0)
             return R::table.wrongIndex;
         const bool stored = store(value);
@@ -84,7 +84,7 @@ public:
 
     int getBaseboardCalibValue(unsigned char i) const { return value(i); }
     /// An index other than 0 is ignored, with result 0.
-    int setBaseboardCalibValue(int value, unsigned char i) { return setValue(value, i); }
+    int setBaseboardCalibValue(int value, unsigned char i) { return storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockOrbMbrdPllDacCalibValue : SingleValueRecord {
@@ -98,7 +98,7 @@ public:
 
     int getOrbMbrdPllDacCalibValue(unsigned char i) const { return value(i); }
     /// An index other than 0 is ignored, with result -1.
-    int setOrbMbrdPllDacCalibValue(int value, unsigned char i) { return setValue(value, i); }
+    int setOrbMbrdPllDacCalibValue(int value, unsigned char i) { return storeValue(value, i); }
 };
 
 #pragma pack(push, 1)

@@ -76,7 +76,7 @@ struct Quantity {
     const char* unit = "";
     double scale = 1.0; ///< value in the unit = stored number × scale
     Role role = Role::Value;
-    int axisBlock = 0; ///< the block with the frequencies, relative to this one; 0: none
+    int axisBlock = 0; ///< identifier of the block with the frequencies, of several paths that of path A; 0: none
 };
 
 /// How users see a stored number.
@@ -158,14 +158,14 @@ protected:
     using Value = detail::ElementType<&R::values>;
 
     Count count() const { return this->template get<&R::count>(); }
-    void setCount(Count count) { this->template set<&R::count>(count); }
+    void storeCount(Count count) { this->template set<&R::count>(count); }
 
     template <class... Index>
     Value value(Index... indices) const {
         return this->template get<&R::values>(indices...);
     }
     template <class... Index>
-    void setValue(const Value& value, Index... indices) {
+    void storeValue(const Value& value, Index... indices) {
         this->template set<&R::values>(value, indices...);
     }
 };
@@ -197,7 +197,7 @@ protected:
 
     static bool accepts(Count count) { return !std::cmp_greater(count, R::table.largestCount); }
 
-    void setCount(Count count) {
+    void storeCount(Count count) {
         if (accepts(count))
             this->template set<&R::count>(count);
     }
@@ -220,7 +220,7 @@ public:
     using CountingListBlock::ListBlock::ListBlock;
 
     unsigned int getCount() const { return this->count(); }
-    void setCount(unsigned int count) { ListBlock<R>::setCount(count); }
+    void setCount(unsigned int count) { ListBlock<R>::storeCount(count); }
 };
 
 /// A block of a record with a StepTable.
@@ -242,7 +242,7 @@ protected:
     static constexpr unsigned int rows = std::extent_v<detail::MemberType<&R::values>>;
     static constexpr unsigned int columns = std::extent_v<detail::MemberType<&R::values>, 1>;
 
-    void setSteps(unsigned short steps) { this->setCount(steps); }
+    void storeSteps(unsigned short steps) { this->storeCount(steps); }
 
     /// What the setter would have stored of a record's count.
     void cutCount() { this->template put<&R::count>(static_cast<unsigned short>(this->count())); }

@@ -24,12 +24,12 @@ constinit const ListTable HwSDatablockDacbFrequencyCompFreq::table = {
 
 constinit const ListTable HwSDatablockDacbFrequencyCompAmp::table = {
     .name = {13600, "HwDatablockDacbFrequencyCompAmp", {"DACB_FREQUENCY_COMP_AMP"}},
-    .values = amplitude(-100),
+    .values = amplitude(13500),
     .text = uncounted(lines<"#Das sind die Amplitudenwerte [1/10 000]">)};
 
 constinit const ListTable HwSDatablockDacbFrequencyCompPh::table = {
     .name = {13700, "HwDatablockDacbFrequencyCompPh", {"DACB_FREQUENCY_COMP_PH"}},
-    .values = phase(-200),
+    .values = phase(13500),
     .text = uncounted(lines<"#Das sind die Phasenwerte  [1/100]">)};
 
 constinit const ListTable HwSDatablockDacbFrequencyCompDt::table = {
@@ -45,35 +45,35 @@ constinit const ListTable HwSDatablockDacbIqImbalanceFreq::table = {
 
 constinit const ListTable HwSDatablockDacbIqImbalanceAmp::table = {
     .name = {14000, "HwDatablockDacbIqImbalanceAmp", {"DACB_IQ_IMBALANCE_AMP"}},
-    .values = amplitude(-100),
+    .values = amplitude(13900),
     .text = uncounted(lines<"#Das sind die Amplitudenwerte der RF Imbalance [1/10000]">)};
 
 constinit const ListTable HwSDatablockDacbIqImbalancePh::table = {
     .name = {14100, "HwDatablockDacbIqImbalancePh", {"DACB_IQ_IMBALANCE_PH"}},
-    .values = invertedPhase(-200),
+    .values = invertedPhase(13900),
     .text = uncounted(lines<"#Das sind die Phasenwerte der RF Imbalance [1/100]">),
     .shown = Shown::Negated};
 
 constinit const ListTable HwSDatablockDacbIqImbalanceSwapAmp::table = {
     .name = {14200, "HwDatablockDacbIqImbalanceSwapAmp", {"DACB_IQ_IMBALANCE_SWAP_AMP"}},
-    .values = amplitude(-300),
+    .values = amplitude(13900),
     .text = uncounted(lines<"#Das sind die Amplitudewerte der RF Imbalance mit IQ Swap [1/10000]">)};
 
 constinit const ListTable HwSDatablockDacbIqImbalanceSwapPh::table = {
     .name = {14300, "HwDatablockDacbIqImbalanceSwapPh", {"DACB_IQ_IMBALANCE_SWAP_PH"}},
-    .values = invertedPhase(-400),
+    .values = invertedPhase(13900),
     .text = uncounted(lines<"#Das sind die Phasenwerte der RF Imbalance mit IQ Swap [1/100]">),
     .shown = Shown::Negated};
 
 constinit const ListTable HwSDatablockDacbFrequencyCompAmpRear::table = {
     .name = {14400, "HwSDatablockDacbFrequencyCompAmpRear", {"DACB_FREQUENCY_COMP_AMP_REAR"}},
-    .values = amplitude(-900),
+    .values = amplitude(13500),
     .text = uncounted(lines<"#Das sind die Amplitudewerte [1/10000]">),
     .largestCount = mostPoints};
 
 constinit const ListTable HwSDatablockDacbFrequencyCompPhRear::table = {
     .name = {14500, "HwSDatablockDacbFrequencyCompPhRear", {"DACB_FREQUENCY_COMP_PH_REAR"}},
-    .values = phase(-1000),
+    .values = phase(13500),
     .text = uncounted(lines<"#Das sind die Phasenwerte  [1/100]">),
     .largestCount = mostPoints};
 
@@ -84,13 +84,13 @@ constinit const ListTable HwSDatablockDacbFrequencyCompDtRear::table = {
 
 constinit const ListTable HwSDatablockDacbIqImbalanceRearAmp::table = {
     .name = {14700, "HwSDatablockDacbIqImbalanceRearAmp", {"DACB_IQ_IMBALANCE_REAR_AMP"}},
-    .values = amplitude(-800),
+    .values = amplitude(13900),
     .text = uncounted(lines<"#Das sind die Amplitudewerte der IQ Output Imbalance [1/10000]">),
     .largestCount = mostPoints};
 
 constinit const ListTable HwSDatablockDacbIqImbalanceRearPh::table = {
     .name = {14800, "HwDatablockDacbIqImbalanceRearPh", {"DACB_IQ_IMBALANCE_REAR_PH"}},
-    .values = invertedPhase(-900),
+    .values = invertedPhase(13900),
     .text = uncounted(lines<"#Das sind die Phasenwerte der RF Imbalance [1/100]">),
     .shown = Shown::Negated};
 

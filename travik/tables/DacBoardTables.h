@@ -15,9 +15,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfCompFreq() const { return count(); }
-    void setNumberOfcompFreq(int count) { setCount(count); }
+    void setNumberOfcompFreq(int count) { storeCount(count); }
     int getCompFreq(int i) const { return value(i); }
-    void setCompFreq(int value, int i) { setValue(value, i); }
+    void setCompFreq(int value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbFrequencyCompAmp : CountedRecord<short[26], 64, int> {
@@ -29,9 +29,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfCompAmp() const { return count(); }
-    void setNumberOfcompAmp(int count) { setCount(count); }
+    void setNumberOfcompAmp(int count) { storeCount(count); }
     short getCompAmp(int i) const { return value(i); }
-    void setCompAmp(short value, int i) { setValue(value, i); }
+    void setCompAmp(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbFrequencyCompPh : CountedRecord<short[26], 64, int> {
@@ -43,9 +43,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfCompPh() const { return count(); }
-    void setNumberOfCompPh(int count) { setCount(count); }
+    void setNumberOfCompPh(int count) { storeCount(count); }
     short getCompPh(int i) const { return value(i); }
-    void setCompPh(short value, int i) { setValue(value, i); }
+    void setCompPh(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbFrequencyCompDt : CountedRecord<short[2], 16, int> {
@@ -57,9 +57,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfCompDt() const { return count(); }
-    void setNumberOfCompDt(int count) { setCount(count); }
+    void setNumberOfCompDt(int count) { storeCount(count); }
     short getCompDt(int i) const { return value(i); }
-    void setCompDt(short value, int i) { setValue(value, i); }
+    void setCompDt(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbIqImbalanceFreq : CountedRecord<int[26], 116, int> {
@@ -71,9 +71,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfIqImbalanceFreq() const { return count(); }
-    void setNumberOfIqImbalanceFreq(int count) { setCount(count); }
+    void setNumberOfIqImbalanceFreq(int count) { storeCount(count); }
     int getIqImbalanceFreq(int i) const { return value(i); }
-    void setIqImbalanceFreq(int value, int i) { setValue(value, i); }
+    void setIqImbalanceFreq(int value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbIqImbalanceAmp : CountedRecord<short[26], 64, int> {
@@ -85,9 +85,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfIqImbalanceAmp() const { return count(); }
-    void setNumberOfIqImbalanceAmp(int count) { setCount(count); }
+    void setNumberOfIqImbalanceAmp(int count) { storeCount(count); }
     short getIqImbalanceAmp(int i) const { return value(i); }
-    void setIqImbalanceAmp(short value, int i) { setValue(value, i); }
+    void setIqImbalanceAmp(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbIqImbalancePh : CountedRecord<short[26], 64, int> {
@@ -99,9 +99,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfIqImbalancePh() const { return count(); }
-    void setNumberOfIqImbalancePh(int count) { setCount(count); }
+    void setNumberOfIqImbalancePh(int count) { storeCount(count); }
     short getIqImbalancePh(int i) const { return value(i); }
-    void setIqImbalancePh(short value, int i) { setValue(value, i); }
+    void setIqImbalancePh(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbIqImbalanceSwapAmp : CountedRecord<short[26], 64, int> {
@@ -113,9 +113,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfIqImbalanceSwapAmp() const { return count(); }
-    void setNumberOfIqImbalanceSwapAmp(int count) { setCount(count); }
+    void setNumberOfIqImbalanceSwapAmp(int count) { storeCount(count); }
     short getIqImbalanceSwapAmp(int i) const { return value(i); }
-    void setIqImbalanceSwapAmp(short value, int i) { setValue(value, i); }
+    void setIqImbalanceSwapAmp(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbIqImbalanceSwapPh : CountedRecord<short[26], 64, int> {
@@ -127,9 +127,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfIqImbalanceSwapPh() const { return count(); }
-    void setNumberOfIqImbalanceSwapPh(int count) { setCount(count); }
+    void setNumberOfIqImbalanceSwapPh(int count) { storeCount(count); }
     short getIqImbalanceSwapPh(int i) const { return value(i); }
-    void setIqImbalanceSwapPh(short value, int i) { setValue(value, i); }
+    void setIqImbalanceSwapPh(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbFrequencyCompAmpRear : CountedRecord<short[26], 64, int> {
@@ -142,9 +142,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfCompAmpRear() const { return count(); }
-    void setNumberOfcompAmpRear(int count) { setCount(count); }
+    void setNumberOfcompAmpRear(int count) { storeCount(count); }
     short getCompAmpRear(int i) const { return value(i); }
-    void setCompAmpRear(short value, int i) { setValue(value, i); }
+    void setCompAmpRear(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbFrequencyCompPhRear : CountedRecord<short[26], 64, int> {
@@ -157,9 +157,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfCompPhRear() const { return count(); }
-    void setNumberOfCompPhRear(int count) { setCount(count); }
+    void setNumberOfCompPhRear(int count) { storeCount(count); }
     short getCompPhRear(int i) const { return value(i); }
-    void setCompPhRear(short value, int i) { setValue(value, i); }
+    void setCompPhRear(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbFrequencyCompDtRear : CountedRecord<short[2], 16, int> {
@@ -172,9 +172,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfCompDtRear() const { return count(); }
-    void setNumberOfCompDtRear(int count) { setCount(count); }
+    void setNumberOfCompDtRear(int count) { storeCount(count); }
     short getCompDtRear(int i) const { return value(i); }
-    void setCompDtRear(short value, int i) { setValue(value, i); }
+    void setCompDtRear(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbIqImbalanceRearAmp : CountedRecord<short[26], 64, int> {
@@ -186,9 +186,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfIqImbalanceRearAmp() const { return count(); }
-    void setNumberOfIqImbalanceRearAmp(int count) { setCount(count); }
+    void setNumberOfIqImbalanceRearAmp(int count) { storeCount(count); }
     short getIqImbalanceRearAmp(int i) const { return value(i); }
-    void setIqImbalanceRearAmp(short value, int i) { setValue(value, i); }
+    void setIqImbalanceRearAmp(short value, int i) { storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDacbIqImbalanceRearPh : CountedRecord<short[26], 64, int> {
@@ -200,9 +200,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfIqImbalanceRearPh() const { return count(); }
-    void setNumberOfIqImbalanceRearPh(int count) { setCount(count); }
+    void setNumberOfIqImbalanceRearPh(int count) { storeCount(count); }
     short getIqImbalanceRearPh(int i) const { return value(i); }
-    void setIqImbalanceRearPh(short value, int i) { setValue(value, i); }
+    void setIqImbalanceRearPh(short value, int i) { storeValue(value, i); }
 };
 
 } // namespace Travik

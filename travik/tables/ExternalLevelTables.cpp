@@ -46,27 +46,27 @@ constinit const ListTable HwSDatablockMbrdExtLevCalDataFreq2Edition_Enh::table =
 
 constinit const StepTable HwSDatablockMbrdExtLevCalData::table =
     corrections({12060, "HwSDatablockMbrdExtLevCalData", {"EXT_CAL_DAT_*_LEVEL", 4, "COUNT_OF_EXT_CAL_DAT_*_FREQ"}},
-                -10, firstEdition);
+                12050, firstEdition);
 
 constinit const StepTable HwSDatablockMbrdExtLevCalData2Edition::table =
     corrections({12160,
                  "HwSDatablockMbrdExtLevCalData2Edition   ",
                  {"EXT_CAL_DAT_*_LEVEL_2_EDITION", 4, "COUNT_OF_EXT_CAL_DAT_*_FREQ_2_EDITION"}},
-                -10, secondEdition);
+                12150, secondEdition);
 
 constinit const StepTable HwSDatablockMbrdExtLevCalData_Enh::table =
     corrections({12080,
                  "HwSDatablockMbrdExtLevCalData_Enh",
                  {"EXT_CAL_DAT_*_LEVEL_ENH", 2, "COUNT_OF_EXT_CAL_DAT_*_FREQ_ENH"},
                  {"EXT_CAL_DAT_*_LEVEL", 2, "COUNT_OF_EXT_CAL_DAT_*_FREQ", 12060}},
-                -10, firstEdition);
+                12070, firstEdition);
 
 constinit const StepTable HwSDatablockMbrdExtLevCalData2Edition_Enh::table =
     corrections({12095,
                  "HwSDatablockMbrdExtLevCalData2Edition_Enh   ",
                  {"EXT_CAL_DAT_*_LEVEL_2_EDITION_ENH", 2, "COUNT_OF_EXT_CAL_DAT_*_FREQ_2_EDITION_ENH"},
                  {"EXT_CAL_DAT_*_LEVEL_2_EDITION", 2, "COUNT_OF_EXT_CAL_DAT_*_FREQ_2_EDITION", 12160}},
-                -5, secondEdition);
+                12090, secondEdition);
 
 using Enhanced = HwDatablockMbrdExtLevCalData2Edition_Enh;
 
@@ -81,7 +81,7 @@ short Enhanced::getCorLevelValue(unsigned char row, unsigned int column) const {
 
 void Enhanced::setCorLevelValue(short value, unsigned char row, unsigned int column) {
     if (row < usableRows())
-        setValue(value, row, column);
+        storeValue(value, row, column);
 }
 
 int Enhanced::setBlock(const Record* record) {

@@ -27,9 +27,9 @@ public:
 
     /// The low 16 bits of the stored count.
     unsigned short getNumberOfLevelSteps() const { return static_cast<unsigned short>(this->count()); }
-    void setNumberOfLevelSteps(unsigned short steps) { this->setSteps(steps); }
+    void setNumberOfLevelSteps(unsigned short steps) { this->storeSteps(steps); }
     short getCorLevelValue(unsigned char row, unsigned int column) const { return this->value(row, column); }
-    void setCorLevelValue(short value, unsigned char row, unsigned int column) { this->setValue(value, row, column); }
+    void setCorLevelValue(short value, unsigned char row, unsigned int column) { this->storeValue(value, row, column); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdExtLevCalDataFreq : CountedRecord<unsigned int[260], 1052> {

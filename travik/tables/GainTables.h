@@ -38,7 +38,7 @@ class TRAVIK_DATABLOCK_EXPORT HwDatablockAduLevCoarseCalibData
     : public CountingListBlock<HwSDatablockAduLevCoarseCalibData> {
 public:
     double getLevCoarseCalValue(unsigned short i) const { return value(i); }
-    void setLevCoarseCalValue(double value, unsigned short i) { setValue(value, i); }
+    void setLevCoarseCalValue(double value, unsigned short i) { storeValue(value, i); }
 };
 
 #pragma pack(push, 1)
@@ -86,9 +86,9 @@ class TRAVIK_DATABLOCK_EXPORT HwDatablockAduGainOffsetCalData
     : public EmptyRecordBlock<CountedBlock<HwSDatablockAduGainOffsetCalData>> {
 public:
     int getCount() const { return count(); }
-    void setCount(int count) { CountedBlock::setCount(count); }
+    void setCount(int count) { CountedBlock::storeCount(count); }
     HwSAduGainOffsetCalData getAduCalibDataBlock(int i) const { return value(i); }
-    void setCalibDatablock(const HwSAduGainOffsetCalData& data, int i) { setValue(data, i); }
+    void setCalibDatablock(const HwSAduGainOffsetCalData& data, int i) { storeValue(data, i); }
 
     /// Always 0, even where the record is refused.
     int setBlock(const Record* record);
@@ -102,7 +102,7 @@ struct TRAVIK_DATABLOCK_EXPORT HwSDatablockCwOp3AmGainFreq : CountedRecord<doubl
 class TRAVIK_DATABLOCK_EXPORT HwDatablockCwOp3AmGainFreq : public CountingListBlock<HwSDatablockCwOp3AmGainFreq> {
 public:
     double getFrequencyValue(unsigned short k) const { return value(k); }
-    void setFrequencyValue(double value, unsigned short k) { setValue(value, k); }
+    void setFrequencyValue(double value, unsigned short k) { storeValue(value, k); }
 };
 
 template <>
@@ -111,7 +111,7 @@ inline constexpr auto recordFields<HwSDatablockCwOp3AmGainData> = describe<HwSDa
         field<&HwSCwOp3AmGainDataBlock::cwGain>("cw_gain"), field<&HwSCwOp3AmGainDataBlock::amGain>("am_gain"),
         field<&HwSCwOp3AmGainDataBlock::reserve1>("reserve1").as(Role::Reserved),
         field<&HwSCwOp3AmGainDataBlock::reserve2>("reserve2").as(Role::Reserved))
-        .along(0, "point", nullptr, -1));
+        .along(0, "point", nullptr, 10500));
 
 /// 10501: gain at the 200 frequency points of 10500; has no count.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockCwOp3AmGainData

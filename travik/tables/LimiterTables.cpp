@@ -16,7 +16,7 @@ constinit const ListTable HwSDatablockDetLimiterMaxVoltFreq::table = {
 
 constinit const ListTable HwSDatablockDetLimiterMaxVoltData::table = {
     .name = {15021, "HwDatablockDetLimiterMaxVoltData", {"LIMITER_MAX_VOLTAGE"}},
-    .values = {.name = "voltage", .unit = "V", .axisBlock = -1},
+    .values = {.name = "voltage", .unit = "V", .axisBlock = 15020},
     .text = {.head = {.comments = lines<"# Limiter: Hier stehen die Detektorspannungen bei maximal zulässigem Pegel",
                                         "# Wertebereich: 0...8V">,
                       .count = {}},

@@ -9,7 +9,7 @@ namespace Travik {
 template <class R>
 class DetLimiterBlock : public CountingListBlock<R> {
 protected:
-    void setNode(double value, unsigned int k, bool updateChecksum) {
+    void storeNode(double value, unsigned int k, bool updateChecksum) {
         if (this->template put<&R::values>(value, k) && updateChecksum)
             this->refreshChecksum();
     }
@@ -23,7 +23,7 @@ class TRAVIK_DATABLOCK_EXPORT HwDatablockDetLimiterMaxVoltFreq
     : public DetLimiterBlock<HwSDatablockDetLimiterMaxVoltFreq> {
 public:
     double getFrequencyValue(unsigned int k) const { return value(k); }
-    void setFrequencyValue(double value, unsigned int k, bool updateChecksum) { setNode(value, k, updateChecksum); }
+    void setFrequencyValue(double value, unsigned int k, bool updateChecksum) { storeNode(value, k, updateChecksum); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockDetLimiterMaxVoltData : CountedRecord<double[100], 812> {
@@ -34,7 +34,7 @@ class TRAVIK_DATABLOCK_EXPORT HwDatablockDetLimiterMaxVoltData
     : public DetLimiterBlock<HwSDatablockDetLimiterMaxVoltData> {
 public:
     double getMaxVoltageValue(unsigned int k) const { return value(k); }
-    void setMaxVoltageValue(double value, unsigned int k, bool updateChecksum) { setNode(value, k, updateChecksum); }
+    void setMaxVoltageValue(double value, unsigned int k, bool updateChecksum) { storeNode(value, k, updateChecksum); }
 };
 
 } // namespace Travik

@@ -12,14 +12,14 @@ namespace Travik {
 /// IQ input of path A.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdIqInputA : public HwDatablockBaseTemplate<int, int, 10, 1> {
 public:
-    static constexpr TableSpec table{14801, "IQ_INPUT_A", 1.0};
+    static constexpr TableSpec table{.id = 14801, .key = "IQ_INPUT_A"};
     explicit HwDatablockMbrdIqInputA(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
 /// IQ input of path B.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdIqInputB : public HwDatablockBaseTemplate<int, int, 10, 1> {
 public:
-    static constexpr TableSpec table{14802, "IQ_INPUT_B", 1.0};
+    static constexpr TableSpec table{.id = 14802, .key = "IQ_INPUT_B"};
     explicit HwDatablockMbrdIqInputB(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -27,7 +27,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserFreqA
     : public HwDatablockBaseTemplate<unsigned int, double, 600, 1> {
 public:
-    static constexpr TableSpec table{14803, "EXT_CAL_USER_FREQ_A", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 14803, .key = "EXT_CAL_USER_FREQ_A", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockMbrdExtCalUserFreqA(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -35,7 +36,8 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserFreqB
     : public HwDatablockBaseTemplate<unsigned int, double, 600, 1> {
 public:
-    static constexpr TableSpec table{14804, "EXT_CAL_USER_FREQ_B", 100.0, "Hz", Role::Axis};
+    static constexpr TableSpec table{
+        .id = 14804, .key = "EXT_CAL_USER_FREQ_B", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockMbrdExtCalUserFreqB(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
 
@@ -43,7 +45,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserDataA
     : public HwDatablockBaseTemplateExtended<short, int, 10, 13, 600> {
 public:
-    static constexpr TableSpec table{14805, "EXT_CAL_USER_DATA_A", 1.0, "", Role::Value, 0, -2};
+    static constexpr TableSpec table{.id = 14805, .key = "EXT_CAL_USER_DATA_A", .columnAxis = 14803};
     explicit HwDatablockMbrdExtCalUserDataA(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
 
@@ -51,7 +53,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserDataB
     : public HwDatablockBaseTemplateExtended<short, int, 10, 13, 600> {
 public:
-    static constexpr TableSpec table{14806, "EXT_CAL_USER_DATA_B", 1.0, "", Role::Value, 0, -2};
+    static constexpr TableSpec table{.id = 14806, .key = "EXT_CAL_USER_DATA_B", .columnAxis = 14804};
     explicit HwDatablockMbrdExtCalUserDataB(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
 

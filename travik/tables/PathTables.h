@@ -27,9 +27,9 @@ public:
     using typename PathFrequencies::ListBlock::Value;
 
     unsigned int getNumberOfFrequency() const { return this->count(); }
-    void setNumberOfFrequency(unsigned int count) { this->setCount(count); }
+    void setNumberOfFrequency(unsigned int count) { this->storeCount(count); }
     Value getFrequencyValue(unsigned int k) const { return this->value(k); }
-    void setFrequencyValue(Value value, unsigned int k) { this->setValue(value, k); }
+    void setFrequencyValue(Value value, unsigned int k) { this->storeValue(value, k); }
 };
 
 } // namespace Travik

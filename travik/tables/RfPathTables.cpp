@@ -6,8 +6,8 @@ namespace Travik {
 
 namespace {
 
-constexpr Quantity amplitude(int axisBlock) { return {.name = "amplitude", .scale = 1e-4, .axisBlock = axisBlock}; }
-constexpr Quantity phase(int axisBlock) { return {.name = "phase", .scale = 1e-2, .axisBlock = axisBlock}; }
+constexpr Quantity amplitude{.name = "amplitude", .scale = 1e-4, .axisBlock = 12100};
+constexpr Quantity phase{.name = "phase", .scale = 1e-2, .axisBlock = 12100};
 
 constexpr ListTable imbalance(const BlockName& name, const Quantity& quantity, Lines comment) {
     return {.name = name,
@@ -29,20 +29,20 @@ constinit const ListTable HwSDatablockMbrdIqImbalanceRfFreq::table = {
     .printsToCapacity = true};
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfEvenAmp::table =
-    imbalance({12110, "HwDatablockMbrdIqImbalanceRfEvenAmp", {"PATH_*_IQ_IMBALANCE_RF_EVEN_AMP", 4}}, amplitude(-10),
+    imbalance({12110, "HwDatablockMbrdIqImbalanceRfEvenAmp", {"PATH_*_IQ_IMBALANCE_RF_EVEN_AMP", 4}}, amplitude,
               lines<"#Das sind die geraden Amplitudewerte [1/10000] ">);
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfEvenPh::table =
-    imbalance({12120, "HwDatablockMbrdIqImbalanceRfEvenPh", {"PATH_*_IQ_IMBALANCE_RF_EVEN_PH", 4}}, phase(-20),
+    imbalance({12120, "HwDatablockMbrdIqImbalanceRfEvenPh", {"PATH_*_IQ_IMBALANCE_RF_EVEN_PH", 4}}, phase,
               lines<"#Das sind die geraden Phasenwerte [1/100] ">);
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfOddAmp::table =
-    imbalance({12130, "HwDatablockMbrdIqImbalanceRfOddAmp", {"PATH_*_IQ_IMBALANCE_RF_ODD_AMP", 4}}, amplitude(-30),
+    imbalance({12130, "HwDatablockMbrdIqImbalanceRfOddAmp", {"PATH_*_IQ_IMBALANCE_RF_ODD_AMP", 4}}, amplitude,
               lines<"#Das sind die ungeraden Amplitudewerte [1/10000] ">);
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfOddPh::table = {
     .name = {12140, "HwDatablockMbrdIqImbalanceRfOddPh", {"PATH_*_IQ_IMBALANCE_RF_ODD_PH", 4}},
-    .values = phase(-40),
+    .values = phase,
     .text = {.head = {.comments = lines<"#Das sind die ungeraden Phasenwerte [1/100]">, .count = {}},
              .separator = ": "},
     .largestCount = 600,

@@ -18,9 +18,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfFreq() const { return count(); }
-    void setNumberOfIqImbalanceRfFreq(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfFreq(unsigned int count) { storeCount(count); }
     unsigned int getIqImbalanceRfFreq(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfFreq(unsigned int value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfFreq(unsigned int value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfEvenAmp : CountedRecord<short[600], 1212> {
@@ -33,9 +33,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfEvenAmp() const { return count(); }
-    void setNumberOfIqImbalanceRfEvenAmp(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfEvenAmp(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfEvenAmp(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfEvenAmp(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfEvenAmp(short value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfEvenPh : CountedRecord<short[600], 1212> {
@@ -48,9 +48,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfEvenPh() const { return count(); }
-    void setNumberOfIqImbalanceRfEvenPh(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfEvenPh(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfEvenPh(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfEvenPh(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfEvenPh(short value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfOddAmp : CountedRecord<short[600], 1212> {
@@ -63,9 +63,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfOddAmp() const { return count(); }
-    void setNumberOfIqImbalanceRfOddAmp(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfOddAmp(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfOddAmp(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfOddAmp(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfOddAmp(short value, unsigned int k) { storeValue(value, k); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockMbrdIqImbalanceRfOddPh : CountedRecord<short[600], 1212> {
@@ -78,9 +78,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfIqImbalanceRfOddPh() const { return count(); }
-    void setNumberOfIqImbalanceRfOddPh(unsigned int count) { setCount(count); }
+    void setNumberOfIqImbalanceRfOddPh(unsigned int count) { storeCount(count); }
     short getIqImbalanceRfOddPh(unsigned int k) const { return value(k); }
-    void setIqImbalanceRfOddPh(short value, unsigned int k) { setValue(value, k); }
+    void setIqImbalanceRfOddPh(short value, unsigned int k) { storeValue(value, k); }
 };
 
 // RF frequency response
@@ -113,9 +113,9 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getCountOfIoPepInfoValues() const { return count(); }
-    void setCountOfIoPepInfoValues(unsigned int count) { setCount(count); }
+    void setCountOfIoPepInfoValues(unsigned int count) { storeCount(count); }
     unsigned int getIoPepInfoValue(unsigned int k) const { return value(k); }
-    void setIoPepInfoValue(unsigned int value, unsigned int k) { setValue(value, k); }
+    void setIoPepInfoValue(unsigned int value, unsigned int k) { storeValue(value, k); }
 };
 
 #pragma pack(push, 1)
@@ -162,7 +162,7 @@ inline constexpr auto recordFields<HwSDatablockMbrdRfResponseAttAmpl> = describe
                                                         field<&HwSAttPolynomValues::c2>("c2").in("", 1e-4),
                                                         field<&HwSAttPolynomValues::c3>("c3").in("", 1e-4))
         .along(0, "attenuator")
-        .along(1, "point", "count", -10));
+        .along(1, "point", "count", 12260));
 
 /// 12270 to 12273: amplitude polynomials of the six attenuators over the frequencies of 12260.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdRfResponseAttAmpl
@@ -171,12 +171,12 @@ public:
     using PathBlock::PathBlock;
 
     unsigned int getNumberOfRfRespAttFreqs() const { return count(); }
-    void setNumberOfRfRespAttFreqs(unsigned int count) { setCount(count); }
+    void setNumberOfRfRespAttFreqs(unsigned int count) { storeCount(count); }
     HwSAttPolynomValues getCorLevelValue(unsigned char attenuator, unsigned int k) const {
         return value(attenuator, k);
     }
     void setCorLevelValue(const HwSAttPolynomValues& value, unsigned char attenuator, unsigned int k) {
-        setValue(value, attenuator, k);
+        storeValue(value, attenuator, k);
     }
 
     std::ostream& printToStream(std::ostream& os) override;
@@ -246,7 +246,7 @@ struct Scaling {
 };
 
 template <class R>
-consteval auto polynomialFields(Scaling c0, Scaling c1, Scaling c2, Scaling c3, int axisBlock) {
+consteval auto polynomialFields(Scaling c0, Scaling c1, Scaling c2, Scaling c3) {
     return describe<R>(field<&R::counts>("counts").as(Role::Count).along(0, "filter"),
                        entries<&R::values>(field<&HwSPolynomValues::c0>("c0").in("", c0.factor, c0.zero),
                                            field<&HwSPolynomValues::c1>("c1").in("", c1.factor, c1.zero),
@@ -254,18 +254,17 @@ consteval auto polynomialFields(Scaling c0, Scaling c1, Scaling c2, Scaling c3, 
                                            field<&HwSPolynomValues::c3>("c3").in("", c3.factor, c3.zero))
                            .along(0, "filter")
                            .along(1, "iq_peak_level")
-                           .along(2, "point", "counts", axisBlock));
+                           .along(2, "point", "counts", 12210));
 }
 
 } // namespace detail
 
 template <>
 inline constexpr auto recordFields<HwSDatablockMbrdRfResponseLpAmp> =
-    detail::polynomialFields<HwSDatablockMbrdRfResponseLpAmp>({1.0 / 460}, {1.0 / 300}, {1.0 / 190}, {1.0 / 3200, 1.0},
-                                                              -20);
+    detail::polynomialFields<HwSDatablockMbrdRfResponseLpAmp>({1.0 / 460}, {1.0 / 300}, {1.0 / 190}, {1.0 / 3200, 1.0});
 template <>
 inline constexpr auto recordFields<HwSDatablockMbrdRfResponseLpPh> =
-    detail::polynomialFields<HwSDatablockMbrdRfResponseLpPh>({1.0 / 3}, {1.0 / 3}, {1.0 / 3}, {1.0 / 3}, -30);
+    detail::polynomialFields<HwSDatablockMbrdRfResponseLpPh>({1.0 / 3}, {1.0 / 3}, {1.0 / 3}, {1.0 / 3});
 
 /// What amplitude and phase of the filters share. IQ peak levels are 0 to 3.
 template <class R>

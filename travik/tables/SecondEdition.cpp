@@ -125,12 +125,11 @@ void HwDatablock2Edition::printDebugPageHeading(std::ostream& os, bool summary) 
 // The configuration goes by value, as the interface has it.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 void HwDatablock2Edition::printDebugPageSummary(std::ostream& os, HwSDataBlockCfg cfg) {
-    const QByteArray name = cfg.blockName.toLatin1();
     TextWriter out(os);
     out.line("############# NEW CONCEPT #####################################");
     (out << "SECTOR:     " << getEepromSector()).endLine().line();
     out.line("Block Id:           Block Name:           Update Index:           Date:").line();
-    out << getId() << summaryGap << std::string_view(name.data(), static_cast<std::size_t>(name.size())) << summaryGap;
+    out << getId() << summaryGap << toLatin1(cfg.blockName) << summaryGap;
     (updateIndexOf(out, getUpdateIndex()) << summaryGap).endLine().line();
 }
 

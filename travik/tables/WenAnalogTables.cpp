@@ -8,7 +8,7 @@ constexpr KeyName dataKey{"WEN_ANALOG_IMBALANCE_DATA"};
 
 constexpr ListTable data(unsigned short id, const char* errorName, const char* quantity, Lines comment) {
     return {.name = {id, errorName, dataKey},
-            .values = {.name = quantity, .axisBlock = 15600 - id},
+            .values = {.name = quantity, .axisBlock = 15600},
             .text = {.head = {.comments = comment, .count = {}}}};
 }
 

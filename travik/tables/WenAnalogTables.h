@@ -15,9 +15,9 @@ public:
     using ListBlock::ListBlock;
 
     int getNumberOfWenAnalogImbalanceFreq() const { return count(); }
-    void setNumberOfWenAnalogImbalanceFreq(int count) { setCount(count); }
+    void setNumberOfWenAnalogImbalanceFreq(int count) { storeCount(count); }
     double getWenAnalogImbalanceFreq(int i) const { return value(i); }
-    void setWenAnalogImbalanceFreq(double value, int i) { setValue(value, i); }
+    void setWenAnalogImbalanceFreq(double value, int i) { storeValue(value, i); }
 };
 
 /// The gain of one path.
@@ -27,9 +27,9 @@ public:
     using WenAnalogImbalanceGain::ListBlock::ListBlock;
 
     int getNumberOfWenAnalogImbalanceGainValues() const { return this->count(); }
-    void setNumberOfWenAnalogImbalanceGainValues(int count) { this->setCount(count); }
+    void setNumberOfWenAnalogImbalanceGainValues(int count) { this->storeCount(count); }
     float getWenAnalogImbalanceGain(int i) const { return this->value(i); }
-    void setWenAnalogImbalanceGain(float value, int i) { this->setValue(value, i); }
+    void setWenAnalogImbalanceGain(float value, int i) { this->storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockWenAnalogImbalanceGainI : CountedRecord<float[30], 132, int> {
@@ -57,9 +57,9 @@ public:
     using WenAnalogImbalancePhase::ListBlock::ListBlock;
 
     int getNumberOfWenAnalogImbalancePh() const { return this->count(); }
-    void setNumberOfWenAnalogImbalancePh(int count) { this->setCount(count); }
+    void setNumberOfWenAnalogImbalancePh(int count) { this->storeCount(count); }
     float getWenAnalogImbalancePh(int i) const { return this->value(i); }
-    void setWenAnalogImbalancePh(float value, int i) { this->setValue(value, i); }
+    void setWenAnalogImbalancePh(float value, int i) { this->storeValue(value, i); }
 };
 
 struct TRAVIK_DATABLOCK_EXPORT HwSDatablockWenAnalogImbalancePhI : CountedRecord<float[30], 132, int> {

@@ -13,7 +13,7 @@ int HwDatablockWenWIQQuadDac::setWenWiqQuadDacData(double* values) {
 
 void HwDatablockWenWIQQuadDac::getWenWiqQuadDacData(double* values, bool& valid) {
     valid = verifyChecksum();
-    getVector<&Record::values>(values);
+    loadVector<&Record::values>(values);
 }
 
 void HwDatablockWenWiqSensorData::setWenWiqSensorData(double* first, double* second) {
@@ -24,8 +24,8 @@ void HwDatablockWenWiqSensorData::setWenWiqSensorData(double* first, double* sec
 
 void HwDatablockWenWiqSensorData::getWenWiqSensorData(double* first, double* second, bool& valid) {
     valid = verifyChecksum();
-    getVector<&Record::first>(first);
-    getVector<&Record::second>(second);
+    loadVector<&Record::first>(first);
+    loadVector<&Record::second>(second);
 }
 
 } // namespace Travik

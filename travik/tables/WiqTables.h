@@ -34,7 +34,7 @@ protected:
             this->template put<Vector>(values[i], i);
     }
     template <auto Vector>
-    void getVector(double* values) const {
+    void loadVector(double* values) const {
         for (unsigned int i = 0; i < R::length; ++i)
             values[i] = this->template get<Vector>(i);
     }
@@ -119,7 +119,7 @@ public:
 class TRAVIK_DATABLOCK_EXPORT HwDatablockWenWiqRfImbalanceData
     : public HwDatablockBaseTemplateWenW<float, double, 50, 7> {
 public:
-    static constexpr TableSpec table{15606, "WEN_WIQ_RF_IMBALANCE_DATA", 1.0};
+    static constexpr TableSpec table{.id = 15606, .key = "WEN_WIQ_RF_IMBALANCE_DATA"};
 
     HwDatablockWenWiqRfImbalanceData(const char* keyName, int idOffset, bool stopConversionOnError)
         : HwDatablockBaseTemplateWenW(keyName, table.id, static_cast<unsigned int>(idOffset), table.scale,

@@ -96,17 +96,14 @@ QString TableBlock::descriptor(unsigned int index) const {
     if (index >= descriptorCount_)
         return {};
     const std::size_t offset = shape_->descriptorsOffset() + std::size_t{TableShape::descriptorLength} * index;
-    const std::string_view text = bytes::text(image(), offset, TableShape::descriptorLength);
-    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+    return fromLatin1(bytes::text(image(), offset, TableShape::descriptorLength));
 }
 
 void TableBlock::storeDescriptor(const QString& text, unsigned int index) {
     if (index >= descriptorCount_)
         return;
-    const QByteArray latin1 = text.toLatin1();
     const std::size_t offset = shape_->descriptorsOffset() + std::size_t{TableShape::descriptorLength} * index;
-    if (bytes::storeText(image(), offset, TableShape::descriptorLength,
-                         {latin1.data(), static_cast<std::size_t>(latin1.size())}))
+    if (bytes::storeText(image(), offset, TableShape::descriptorLength, toLatin1(text)))
         refreshChecksum();
 }
 

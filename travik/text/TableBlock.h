@@ -20,7 +20,7 @@ struct TableSpec {
     double scale = 1.0;   ///< user value = stored value × scale
     const char* unit = "";
     Role role = Role::Value;
-    int rowAxis = 0; ///< the blocks that label rows and columns, relative to the table's identifier; 0: none
+    int rowAxis = 0; ///< the blocks that label rows and columns: their identifiers; 0: none
     int columnAxis = 0;
 };
 
