@@ -1,6 +1,7 @@
 #include "Tool.h"
 
 #include <travik/service/ImageFile.h>
+#include <travik/service/ImageWriter.h>
 
 #include <unistd.h>
 
@@ -19,10 +20,10 @@ void fail(const std::string& name, const std::string& why) {
 } // namespace
 
 bool writeFileAtomically(const std::string& path, std::span<const char> bytes) {
-    const std::string why = Travik::writeImageFile(path, bytes);
-    if (!why.empty())
-        fail(path == "-" ? "standard output" : path, why);
-    return why.empty();
+    const Travik::WriteReport report = Travik::writeImageFile(path, bytes);
+    if (!report.succeeded())
+        fail(path == "-" ? "standard output" : path, report.error);
+    return report.succeeded();
 }
 
 std::optional<Image> readImage(const std::string& path) {
