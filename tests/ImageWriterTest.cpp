@@ -249,7 +249,7 @@ TEST_F(ImageWriter, KeepsTheOldFileAsBackup) {
 
 TEST_F(ImageWriter, WarnsOfHardLinks) {
     fs::create_hard_link("image", "other");
-    EXPECT_THAT(change("image", "new").warnings, ElementsAre("has 1 more hard links, which keep the old contents"));
+    EXPECT_THAT(change("image", "new").warnings, ElementsAre("has 1 other hard link, which keeps the old contents"));
     EXPECT_EQ(get("other"), "old bytes");
 }
 

@@ -1,7 +1,6 @@
 #include "Tool.h"
 
 #include <travik/service/ImageFile.h>
-#include <travik/service/ImageWriter.h>
 
 #include <unistd.h>
 
@@ -18,13 +17,6 @@ void fail(const std::string& name, const std::string& why) {
 }
 
 } // namespace
-
-bool writeFileAtomically(const std::string& path, std::span<const char> bytes) {
-    const Travik::WriteReport report = Travik::writeImageFile(path, bytes);
-    if (!report.succeeded())
-        fail(path == "-" ? "standard output" : path, report.error);
-    return report.succeeded();
-}
 
 std::optional<Image> readImage(const std::string& path) {
     Image image{path == "-" ? "standard input" : path, {}};

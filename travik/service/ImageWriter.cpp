@@ -169,7 +169,8 @@ std::string ImageEdit::State::put(WriteReport& report) const {
     place.sync();
     if (status.st_nlink > 1)
         report.warnings.push_back("has " + std::to_string(status.st_nlink - 1) +
-                                  " more hard links, which keep the old contents");
+                                  (status.st_nlink == 2 ? " other hard link, which keeps the old contents"
+                                                        : " other hard links, which keep the old contents"));
     return {};
 }
 
@@ -241,8 +242,8 @@ WriteReport writeImageFile(const std::string& path, std::span<const char> bytes,
 bool isSameFile(const std::string& path, const std::string& other) {
     struct stat first {};
     struct stat second {};
-    return ::stat(path.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
-           first.st_ino == second.st_ino;
+    return path != "-" && other != "-" && ::stat(path.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 } // namespace Travik

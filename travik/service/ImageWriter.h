@@ -83,7 +83,7 @@ private:
 TRAVIK_SERVICE_EXPORT WriteReport writeImageFile(const std::string& path, std::span<const char> bytes,
                                                  const WriteOptions& options = {});
 
-/// Whether both paths lead to the same existing file.
+/// Whether both paths lead to the same existing file; "-" leads to none.
 TRAVIK_SERVICE_EXPORT bool isSameFile(const std::string& path, const std::string& other);
 
 } // namespace Travik
