@@ -11,9 +11,9 @@ if(TRAVIK_BUILD_SERVICE)
   unset(unbuilt)
 endif()
 
-# *Kernels.h are for the tests and benchmarks of the tree only.
+# *Kernels.h are for the library itself and for the tests and benchmarks of the tree only, service/files/ is for the library.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE ${unbuilt})
+  FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE PATTERN "files" EXCLUDE ${unbuilt})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/TravikDatablock)

@@ -1,18 +1,13 @@
 #include "Tool.h"
+#include "Writing.h"
 
-#include <travik/datablock/Bytes.h>
-#include <travik/datablock/Checksum.h>
-#include <travik/text/TextExchange.h>
+#include <travik/service/TableImport.h>
 
-#include <algorithm>
 #include <iostream>
-#include <sstream>
 
 namespace Tool {
 
 namespace {
-
-using Travik::ExchangeFormat;
 
 class Import : public Command {
 public:
@@ -24,32 +19,57 @@ public:
             ->required();
         command.add_option("-o,--output", outputPath_, "Image to write instead of IMAGE; - is standard output")
             ->type_name("OUT");
-        command.add_option("--block", selector_, "Read the text as this block's, whichever key name it begins with")
+        command.add_option("--block", selector_, "Which table of the text; needed where it holds more than one")
             ->type_name("ID|KEY");
-        command.add_flag("--force", force_, "Import what could be read of a text with errors");
+        command.add_flag("--force", force_, "Import into a block whose checksum does not hold, and make it hold");
+        command.add_flag("--dry-run", dryRun_, "Write nothing, show what would change, cell by cell");
+        addBackupOption(command, backup_);
     }
 
     int run() override {
-        if (imagePath_ == "-" && (textPath_ == "-" || outputPath_.empty()))
+        if (imagePath_ == "-" && (textPath_ == "-" || (outputPath_.empty() && !dryRun_)))
             return refuse(CallFailed, "standard input",
                           textPath_ == "-" ? "cannot be text and image at once" : "cannot be replaced, use --output");
         const std::optional<Image> text = readImage(textPath_);
-        std::optional<Image> image = text ? readImage(imagePath_) : std::nullopt;
+        if (!text)
+            return CallFailed;
+        const std::string_view characters(text->bytes.data(), text->bytes.size());
+        const Travik::TableChoice choice = Travik::chooseTable(characters, selector_);
+        if (!choice.format)
+            return choice.isTextWrong ? refuse(DataWrong, text->name, choice.error)
+                                      : refuse(CallFailed, selector_, choice.error);
+
+        // An image that is replaced is locked from here on, so that nothing that another import does is lost.
+        const std::string& target = outputPath_.empty() ? imagePath_ : outputPath_;
+        std::optional<Travik::ImageEdit> edit;
+        if (!dryRun_ && (outputPath_.empty() || Travik::isSameFile(imagePath_, outputPath_))) {
+            edit.emplace(target);
+            if (!edit->error().empty())
+                return refuse(CallFailed, "datablock: " + target, edit->error());
+        }
+        std::optional<Image> image = edit ? Image{imagePath_, edit->bytes()} : readImage(imagePath_);
         if (!image)
             return CallFailed;
-        std::istringstream stream(std::string(text->bytes.begin(), text->bytes.end()));
-        const ExchangeFormat* const format = findFormat(stream);
-        if (!format && !selector_.empty())
-            return refuse(CallFailed, selector_, "no block that is exchanged as text");
-        if (!format)
-            return refuse(DataWrong, text->name, "holds no \"ID:\" line of a block that is exchanged as text");
+        const Travik::TableImport import = Travik::importTable(image->bytes, characters, *choice.format, force_);
+        if (!import.succeeded())
+            return explain(*text, *image, *choice.format, import);
 
-        std::vector<char> table;
-        if (!read(*text, stream, *format, table))
-            return DataWrong;
-        if (!replaceBlock(*image, *format, table))
-            return DataWrong;
-        return writeFileAtomically(outputPath_.empty() ? imagePath_ : outputPath_, image->bytes) ? AllWell : CallFailed;
+        Travik::WriteReport report;
+        if (dryRun_) {
+            showChanges(import.reading);
+        } else if (edit) {
+            edit->bytes() = image->bytes;
+            report = edit->commit({.backup = backup_});
+        } else {
+            report = Travik::writeImageFile(target, image->bytes, {.backup = backup_});
+        }
+        if (!reportWriting(target, report))
+            return CallFailed;
+        if (import.wasDamaged)
+            reportProblem(*image, import.offset, static_cast<unsigned short>(choice.format->table.id),
+                          "its checksum did not hold and was made to");
+        summarise(target == "-" ? image->name : target, *choice.format, import.reading, report);
+        return reportProblems(*image, Travik::checkImage(image->bytes));
     }
 
 private:
@@ -57,79 +77,63 @@ private:
     std::string imagePath_;
     std::string outputPath_;
     std::string selector_;
+    std::optional<std::string> backup_;
     bool force_ = false;
+    bool dryRun_ = false;
 
     static int refuse(int status, const std::string& name, std::string_view why) {
         std::cerr << name << ": " << why << '\n';
         return status;
     }
 
-    const ExchangeFormat* findFormat(std::istream& text) const {
-        std::vector<const ExchangeFormat*> formats;
-        for (const Travik::CatalogueEntry& entry : Travik::catalogue()) {
-            if (entry.exchange && (selector_.empty() || selector_ == entry.exchange->table.key ||
-                                   selector_ == std::to_string(entry.first)))
-                formats.push_back(entry.exchange);
+    static int explain(const Image& text, const Image& image, const Travik::ExchangeFormat& format,
+                       const Travik::TableImport& import) {
+        if (import.concernsBlock)
+            reportProblem(image, import.offset, static_cast<unsigned short>(format.table.id), import.refusal);
+        else if (!import.refusal.empty())
+            std::cerr << image.name << ": " << import.refusal << '\n';
+        for (const Travik::ExchangeFinding& finding : import.reading.findings) {
+            std::cerr << text.name;
+            if (finding.line > 0)
+                std::cerr << ": line " << finding.line;
+            if (!finding.word.empty())
+                std::cerr << ", \"" << finding.word << '"';
+            std::cerr << ": " << finding.text << '\n';
         }
-        if (!selector_.empty())
-            return formats.empty() ? nullptr : formats.front();
-        return Travik::findExchangeFormat(text, formats);
+        if (const std::size_t more = import.reading.findingCount - import.reading.findings.size(); more > 0)
+            std::cerr << text.name << ": and " << more << " more\n";
+        return refuse(DataWrong, text.name,
+                      import.wasDamaged && !import.refusal.empty()
+                          ? "not imported, use --force to import it all the same"
+                          : "not imported");
     }
 
-    bool read(const Image& text, std::istream& stream, const ExchangeFormat& format, std::vector<char>& table) const {
-        bool sound = true;
-        const auto complain = [&](std::string_view message) {
-            std::cerr << text.name << ": " << message << '\n';
-            sound = false;
-        };
-        table = Travik::readExchangeText(stream, format, complain);
-        const Travik::TableShape& shape = format.shape;
-        const auto rows = Travik::bytes::load<unsigned int>(table, shape.rowCountOffset());
-        const auto columns = Travik::bytes::load<unsigned int>(table, shape.columnCountOffset());
-        if (rows > shape.rows || columns > shape.columns)
-            complain("COUNT is " + std::to_string(rows) + " * " + std::to_string(columns) + ", the block holds " +
-                     std::to_string(shape.rows) + " * " + std::to_string(shape.columns) + "; the rest would be lost");
-        // A text without the key name describes no block, which nothing can force into one.
-        const bool found = Travik::bytes::load<unsigned short>(table, 0) == format.table.id;
-        if (sound || (force_ && found))
-            return true;
-        refuse(DataWrong, text.name, found ? "not imported, use --force to import it all the same" : "not imported");
-        return false;
+    static std::string counts(const Travik::ExchangeCounts& counts) {
+        return std::to_string(counts.rows) + " * " + std::to_string(counts.columns);
     }
 
-    static bool replaceBlock(Image& image, const ExchangeFormat& format, std::vector<char>& table) {
-        const Travik::ModuleImage module(image.bytes);
-        const auto& blocks = module.blocks();
-        const auto isWanted = [&](const Travik::ImageBlock& block) { return block.id == format.table.id; };
-        const auto block = std::ranges::find_if(blocks, isWanted);
-        if (block == blocks.end()) {
-            std::cerr << image.name << ": no block " << format.table.id << " (" << format.table.key << ")\n";
-            return false;
-        }
-        if (const auto second = std::find_if(block + 1, blocks.end(), isWanted); second != blocks.end()) {
-            reportProblem(image, second->offset, second->id, "one more of this block, neither is replaced");
-            return false;
-        }
-        if (block->sizeWord != table.size() || block->bytes.size() != table.size()) {
-            reportProblem(image, block->offset, block->id,
-                          "has " + std::to_string(std::min<std::size_t>(block->sizeWord, block->bytes.size())) +
-                              " bytes, not the " + std::to_string(table.size()) + " of its class, not replaced");
-            return false;
-        }
-        keepWhatTextDoesNotSay(format, block->bytes, table);
-        std::ranges::copy(table, image.bytes.begin() + static_cast<std::ptrdiff_t>(block->offset));
-        return true;
+    static std::string countChange(const Travik::ExchangeReading& reading) {
+        return "COUNT " + counts(reading.before) + " -> " + counts(reading.after);
     }
 
-    /// The alignment word and the index values, then the checksum of it all.
-    static void keepWhatTextDoesNotSay(const ExchangeFormat& format, std::span<const char> old,
-                                       std::vector<char>& table) {
-        std::copy_n(old.begin() + offsetof(Travik::HwSDatablockHeader, alignment), sizeof(short),
-                    table.begin() + offsetof(Travik::HwSDatablockHeader, alignment));
-        std::ranges::copy(old.subspan(format.shape.indexOffset()), table.begin() + format.shape.indexOffset());
-        const unsigned short sum = Travik::sum16(table.data(), table.size());
-        Travik::bytes::store(table, offsetof(Travik::HwSDatablockHeader, checksum),
-                             static_cast<unsigned short>(0x10000 - sum));
+    static void showChanges(const Travik::ExchangeReading& reading) {
+        if (reading.before != reading.after)
+            std::cout << countChange(reading) << '\n';
+        for (const Travik::ExchangeChange& change : reading.changes)
+            std::cout << "row " << change.row << ", column " << change.column << ": " << change.before << " -> "
+                      << change.after << '\n';
+    }
+
+    void summarise(const std::string& target, const Travik::ExchangeFormat& format,
+                   const Travik::ExchangeReading& reading, const Travik::WriteReport& report) const {
+        const std::size_t changes = reading.changes.size();
+        std::cerr << target << ": " << changes << (changes == 1 ? " value of " : " values of ") << format.table.key
+                  << (dryRun_ ? " would change" : " changed");
+        if (reading.before != reading.after)
+            std::cerr << ", " << countChange(reading);
+        if (!report.backup.empty())
+            std::cerr << ", the old image is kept as " << report.backup;
+        std::cerr << '\n';
     }
 };
 

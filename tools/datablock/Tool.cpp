@@ -18,13 +18,6 @@ void fail(const std::string& name, const std::string& why) {
 
 } // namespace
 
-bool writeFileAtomically(const std::string& path, std::span<const char> bytes) {
-    const std::string why = Travik::writeImageFile(path, bytes);
-    if (!why.empty())
-        fail(path == "-" ? "standard output" : path, why);
-    return why.empty();
-}
-
 std::optional<Image> readImage(const std::string& path) {
     Image image{path == "-" ? "standard input" : path, {}};
     const std::string why = Travik::readImageFile(path, image.bytes);

@@ -48,11 +48,6 @@ std::unique_ptr<Command> summaryCommand(CLI::App& app);
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.
 std::optional<Image> readImage(const std::string& path);
 
-/// Writes a file so that a failure loses nothing: beside the old one, to the disk, then in its place. An existing file
-/// keeps its permissions, and a link to it its target; what is there and no plain file is refused. "-" is standard
-/// output. False, and a line on standard error, where it cannot be written.
-bool writeFileAtomically(const std::string& path, std::span<const char> bytes);
-
 /// Calls the function with each image in turn; the result is the worst of the statuses. An image that cannot be read
 /// does not keep the others from being used.
 template <class Function>

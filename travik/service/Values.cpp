@@ -85,14 +85,6 @@ std::shared_ptr<const Axis> readAxis(std::span<const char> image, int block, std
     return axis;
 }
 
-// The catalogue's lists count axis blocks from their own identifier.
-void makeAxesAbsolute(FieldList& fields, int id) {
-    for (Field& field : fields) {
-        for (Dimension& dimension : field.dimensions)
-            dimension.axisBlock += dimension.axisBlock != 0 ? id : 0;
-    }
-}
-
 } // namespace
 
 std::size_t Axis::size() const {
@@ -121,15 +113,12 @@ BlockLayout::BlockLayout(const ImageBlock& block) {
         names_ = table;
     } else if (block.entry) {
         fields_ = block.entry->fields(*block.entry, block.id);
-        makeAxesAbsolute(fields_, block.id);
     }
 }
 
 BlockLayout::BlockLayout(int id) {
-    if (const CatalogueEntry* const entry = findEntry(id)) {
+    if (const CatalogueEntry* const entry = findEntry(id))
         fields_ = entry->fields(*entry, id);
-        makeAxesAbsolute(fields_, id);
-    }
 }
 
 const Field* BlockLayout::find(std::string_view name) const {

@@ -1,4 +1,5 @@
 #include <travik/datablock/TextWriter.h>
+#include <travik/text/ExchangeKernels.h>
 #include <travik/text/TextExchange.h>
 
 #include <algorithm>
@@ -14,11 +15,10 @@
 
 namespace Travik {
 
-namespace {
-
 // Writing
 
-double userValue(const ExchangeFormat& format, std::span<const char> image, unsigned int row, unsigned int column) {
+double detail::exchangedValue(const ExchangeFormat& format, std::span<const char> image, unsigned int row,
+                              unsigned int column) {
     const TableShape& shape = format.shape;
     if (row >= shape.rows || column >= shape.columns)
         return 0.0;
@@ -27,19 +27,7 @@ double userValue(const ExchangeFormat& format, std::span<const char> image, unsi
     });
 }
 
-/// The nearest value of the type; an integral type drops the fraction and has no NaN.
-template <class T>
-T nearest(double value) {
-    if constexpr (std::is_integral_v<T>) {
-        constexpr auto lowest = static_cast<double>(std::numeric_limits<T>::lowest());
-        constexpr auto highest = static_cast<double>(std::numeric_limits<T>::max());
-        return std::isnan(value) ? T{0} : static_cast<T>(std::clamp(value, lowest, highest));
-    } else {
-        return static_cast<T>(value);
-    }
-}
-
-void writeValue(TextWriter& out, const ExchangeFormat& format, double value) {
+void detail::writeExchanged(TextWriter& out, const ExchangeFormat& format, double value) {
     if (format.number != ExchangeNumber::Hexadecimal) {
         out.fixed(value, format.decimals, format.width);
         return;
@@ -50,6 +38,22 @@ void writeValue(TextWriter& out, const ExchangeFormat& format, double value) {
         std::snprintf(word.data(), word.size(), format.title.empty() ? "%#x" : "0x%08X", nearest<unsigned int>(value));
     out << std::string_view(word.data(), static_cast<std::size_t>(length));
 }
+
+double detail::storedFromExchanged(const ExchangeFormat& format, double number) {
+    switch (format.number) {
+    case ExchangeNumber::Hexadecimal:
+        return number;
+    case ExchangeNumber::Hundredths:
+        return std::floor(number * 100 + 0.5) * 0.01;
+    case ExchangeNumber::Integer:
+        return nearest<int>(number) / format.table.scale;
+    case ExchangeNumber::Real:
+        break;
+    }
+    return number / format.table.scale;
+}
+
+namespace {
 
 unsigned int decimalDigits(unsigned int number) {
     unsigned int digits = 1;
@@ -77,18 +81,8 @@ void writeHead(TextWriter& out, const ExchangeFormat& format, unsigned int rows,
 
 // Reading
 
-constexpr bool isBlank(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r'); // whatever the locale
-}
-
-/// Cuts the next word off the text; empty at the end.
-std::string_view takeWord(std::string_view& text) {
-    const auto begin = std::ranges::find_if_not(text, isBlank);
-    const auto end = std::find_if(begin, text.end(), isBlank);
-    const std::string_view word(begin, end);
-    text = std::string_view(end, text.end());
-    return word;
-}
+using detail::isBlank;
+using detail::takeWord;
 
 /// The lines of a text that are neither comments nor blank, their remarks cut off.
 class Lines {
@@ -190,20 +184,6 @@ double realNumber(std::string_view word) {
     return number;
 }
 
-double storedValue(const ExchangeFormat& format, std::string_view word) {
-    switch (format.number) {
-    case ExchangeNumber::Hexadecimal:
-        return wholeNumber(word, 16);
-    case ExchangeNumber::Hundredths:
-        return std::floor(realNumber(word) * 100 + 0.5) * 0.01;
-    case ExchangeNumber::Integer:
-        return nearest<int>(realNumber(word)) / format.table.scale;
-    case ExchangeNumber::Real:
-        break;
-    }
-    return realNumber(word) / format.table.scale;
-}
-
 class Reader {
 public:
     Reader(const ExchangeFormat& format, const ExchangeMessages& report)
@@ -298,8 +278,10 @@ private:
         if (rowsRead_ >= shape.rows || column >= shape.columns)
             return;
         const auto offset = shape.valueOffset(static_cast<unsigned int>(rowsRead_), static_cast<unsigned int>(column));
-        detail::withStoredType(
-            shape.stored, [&]<class StoreT>(StoreT) { store(offset, nearest<StoreT>(storedValue(format_, word))); });
+        const double number = format_.number == ExchangeNumber::Hexadecimal ? wholeNumber(word, 16) : realNumber(word);
+        detail::withStoredType(shape.stored, [&]<class StoreT>(StoreT) {
+            store(offset, detail::nearest<StoreT>(detail::storedFromExchanged(format_, number)));
+        });
     }
 };
 
@@ -323,7 +305,7 @@ std::ostream& writeExchangeText(std::ostream& os, const ExchangeFormat& format, 
                 out << row + 1 << ":  ";
             else
                 out << "    ";
-            writeValue(out, format, userValue(format, image, row, column));
+            detail::writeExchanged(out, format, detail::exchangedValue(format, image, row, column));
             if (valuePerLine)
                 out.endLine();
         }

@@ -1,0 +1,578 @@
+#include <travik/service/ImageFile.h>
+#include <travik/service/ImageWriter.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sched.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstddef>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <set>
+
+using namespace Travik;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Matcher;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Bytes = std::vector<char>;
+
+Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
+
+/// A folder of its own with an image in it; the working directory meanwhile.
+class ImageWriter : public testing::Test {
+protected:
+    ImageWriter() : before_(fs::current_path()) {
+        std::string name = fs::temp_directory_path() / "travik-writer-XXXXXX";
+        folder_ = ::mkdtemp(name.data());
+        fs::permissions(folder_, fs::perms::all);
+        fs::current_path(folder_);
+        put("image", "old bytes");
+    }
+    ~ImageWriter() override {
+        fs::current_path(before_);
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+
+    static void put(const std::string& path, std::string_view bytes) {
+        const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        ASSERT_EQ(::write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size())) << path;
+        ::close(file);
+    }
+
+    static std::string get(const std::string& path) {
+        Bytes bytes;
+        const std::string why = readImageFile(path, bytes);
+        return why.empty() ? std::string(bytes.begin(), bytes.end()) : why;
+    }
+
+    static std::set<std::string> names(const std::string& folder = ".") {
+        std::set<std::string> all;
+        for (const auto& entry : fs::directory_iterator(folder))
+            all.insert(entry.path().filename());
+        return all;
+    }
+
+    static WriteReport change(const std::string& path, std::string_view bytes, const WriteOptions& options = {}) {
+        ImageEdit edit(path, 100);
+        edit.bytes() = bytesOf(bytes);
+        return edit.commit(options);
+    }
+
+private:
+    fs::path before_;
+    fs::path folder_;
+};
+
+struct stat statusOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
+constexpr int skipped = 77;
+
+/// Runs the function in a process of its own, whose rights and limits are then its own, too. What it expects is said
+/// on standard error.
+void inChild(const std::function<void()>& function) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        function();
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == skipped)
+        GTEST_SKIP() << "not allowed on this machine";
+    EXPECT_EQ(status, 0);
+}
+
+/// A system call that fails from now on in this process; where a mask is set, only if its argument has all of its bits.
+struct Fault {
+    int call;
+    int error;
+    unsigned int argument = 0;
+    unsigned int mask = 0;
+};
+
+void inject(const std::vector<Fault>& faults) {
+    ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+    for (const Fault& fault : faults) {
+        const auto offset = static_cast<unsigned int>(offsetof(seccomp_data, args) + 8 * fault.argument);
+        std::array<sock_filter, 7> filter{
+            sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned int>(fault.call), 0, 4),
+            BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offset),
+            BPF_STMT(BPF_ALU | BPF_AND | BPF_K, fault.mask),
+            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, fault.mask, 0, 1),
+            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned int>(fault.error)),
+            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+        const sock_fprog program{.len = filter.size(), .filter = filter.data()};
+        if (::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
+            ::_exit(skipped);
+    }
+}
+
+constexpr unsigned int withoutName = O_TMPFILE & ~O_DIRECTORY;
+const std::vector<Fault> mountPoint{{SYS_renameat, EBUSY}, {SYS_renameat2, EBUSY}};
+const Fault noFilesWithoutName{SYS_openat, EOPNOTSUPP, 2, withoutName};
+
+/// An access control list: the owner rw, user 12345 as said, the group r, others nothing.
+std::string accessList(unsigned short user) {
+    std::string list("\2\0\0\0", 4);
+    const auto entry = [&](unsigned short tag, unsigned short rights, unsigned int id) {
+        list.append(reinterpret_cast<const char*>(&tag), 2).append(reinterpret_cast<const char*>(&rights), 2);
+        list.append(reinterpret_cast<const char*>(&id), 4);
+    };
+    constexpr unsigned int nobody = 0xFFFFFFFF;
+    entry(1, 6, nobody);
+    entry(2, user, 12345);
+    entry(4, 4, nobody);
+    entry(16, 7, nobody);
+    entry(32, 0, nobody);
+    return list;
+}
+
+std::string attribute(const std::string& path, const char* name) {
+    std::string value(256, '\0');
+    const ssize_t length = ::getxattr(path.c_str(), name, value.data(), value.size());
+    return length < 0 ? "none" : value.substr(0, static_cast<std::size_t>(length));
+}
+
+constexpr unsigned int nobody = 65534;
+
+/// Gives up the superuser's rights, or skips where there are none to give up.
+void becomeNobody() {
+    if (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0 ||
+        ::setresuid(nobody, nobody, nobody) != 0)
+        ::_exit(skipped);
+}
+
+} // namespace
+
+TEST_F(ImageWriter, ReplacesAFileWholeAndKeepsWhatBelongsToIt) {
+    fs::create_symlink("image", "link");
+    ::chmod("image", 0640);
+    ASSERT_EQ(::setxattr("image", "user.note", "calibrated", 10, 0), 0);
+    const ino_t inode = statusOf("image").st_ino;
+    EXPECT_EQ(change("link", "old bytes").error, "");
+    EXPECT_EQ(statusOf("image").st_ino, inode) << "written although nothing changed";
+
+    for (const std::string_view bytes : {"new bytes", "", "longer than it was before"}) {
+        const WriteReport report = change("link", bytes);
+        EXPECT_EQ(report.error, "");
+        EXPECT_THAT(report.warnings, IsEmpty());
+        EXPECT_EQ(get("image"), bytes);
+    }
+    EXPECT_TRUE(fs::is_symlink("link"));
+    EXPECT_EQ(statusOf("image").st_mode & 07777U, 0640U);
+    EXPECT_EQ(attribute("image", "user.note"), "calibrated");
+    EXPECT_THAT(names(), ElementsAre("image", "link"));
+
+    ImageEdit edit("image");
+    edit.bytes() = bytesOf("once");
+    EXPECT_EQ(edit.commit().error, "");
+    edit.bytes() = bytesOf("twice");
+    EXPECT_NE(edit.commit().error, "");
+    EXPECT_EQ(get("image"), "once");
+}
+
+TEST_F(ImageWriter, FindsItsPlace) {
+    const std::string longest(255, 'n');
+    fs::create_directory("folder");
+    fs::create_symlink("../later", "folder/dangling");
+    fs::create_symlink(fs::absolute("folder/dangling"), "chain");
+    fs::create_symlink("loop", "loop");
+    EXPECT_EQ(writeImageFile("chain", bytesOf("first")).error, "");
+    EXPECT_EQ(get("later"), "first");
+    EXPECT_EQ(change("chain", "second").error, "");
+    EXPECT_EQ(get("later"), "second");
+    EXPECT_EQ(writeImageFile("folder/" + longest, bytesOf("first")).error, "");
+    EXPECT_EQ(change("folder/" + longest, "second").error, "");
+    EXPECT_EQ(get("folder/" + longest), "second");
+    EXPECT_THAT(names("folder"), ElementsAre("dangling", longest));
+    EXPECT_THAT(change("folder/" + longest, "third", {.backup = ""}).error, HasSubstr("File name too long"));
+    EXPECT_TRUE(isSameFile("chain", "./later"));
+    EXPECT_FALSE(isSameFile("chain", "image"));
+    EXPECT_FALSE(isSameFile("none", "none"));
+
+    ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+    for (const std::string path : {"loop", "folder", "folder/", ".", "..", "", "none/image", "pipe", "/dev/null"}) {
+        EXPECT_NE(writeImageFile(path, bytesOf("x")).error, "") << path;
+        EXPECT_NE(ImageEdit(path).error(), "") << path;
+    }
+    EXPECT_NE(ImageEdit("not there").error(), "");
+    EXPECT_THAT(names(), ElementsAre("chain", "folder", "image", "later", "loop", "pipe"));
+}
+
+TEST_F(ImageWriter, KeepsTheOldFileAsBackup) {
+    ::chmod("image", 0604);
+    WriteReport report = change("image", "second", {.backup = ""});
+    EXPECT_EQ(report.backup, "image~");
+    report = change("./image", "third", {.backup = ""});
+    EXPECT_EQ(report.backup, "./image~2");
+    EXPECT_EQ(get("image~") + get("image~2") + get("image"), "old bytessecondthird");
+    EXPECT_EQ(statusOf("image~").st_mode & 07777U, 0604U);
+    EXPECT_EQ(change("image", "fourth", {.backup = "kept"}).backup, "kept");
+    EXPECT_THAT(change("image", "fifth", {.backup = "kept"}).error, HasSubstr("backup kept: File exists"));
+    EXPECT_THAT(change("image", "fifth", {.backup = "none/kept"}).error, HasSubstr("backup none/kept: "));
+    EXPECT_EQ(get("kept") + get("image"), "thirdfourth");
+    EXPECT_EQ(change("image", "fourth", {.backup = ""}).backup, "") << "of a file that stays";
+    EXPECT_EQ(writeImageFile("image", bytesOf("fifth"), {.backup = ""}).backup, "image~3");
+    EXPECT_EQ(writeImageFile("new", bytesOf("first"), {.backup = ""}).backup, "");
+    EXPECT_THAT(names(), ElementsAre("image", "image~", "image~2", "image~3", "kept", "new"));
+}
+
+TEST_F(ImageWriter, WarnsOfHardLinks) {
+    fs::create_hard_link("image", "other");
+    EXPECT_THAT(change("image", "new").warnings, ElementsAre("has 1 other hard link, which keeps the old contents"));
+    EXPECT_EQ(get("other"), "old bytes");
+}
+
+TEST_F(ImageWriter, LeavesAFileThatIsNotWhatWasRead) {
+    for (const bool renamed : {false, true}) {
+        ImageEdit edit("image");
+        edit.bytes() = bytesOf("mine");
+        if (renamed) {
+            put("theirs", "somebody else's");
+            fs::rename("theirs", "image");
+        } else {
+            put("image", "theirs");
+        }
+        EXPECT_THAT(edit.commit({.backup = ""}).error, HasSubstr("was changed by another program"));
+        EXPECT_EQ(get("image"), renamed ? "somebody else's" : "theirs");
+    }
+    ImageEdit edit("image");
+    edit.bytes() = bytesOf("mine");
+    fs::remove("image");
+    EXPECT_NE(edit.commit().error, "");
+    EXPECT_THAT(names(), ElementsAre("image~", "image~2"));
+}
+
+TEST_F(ImageWriter, WaitsForWhoeverElseIsAtWork) {
+    const int file = ::open("image", O_RDONLY);
+    ASSERT_EQ(::flock(file, LOCK_EX), 0);
+    EXPECT_THAT(ImageEdit("image", 20).error(), HasSubstr("is being changed"));
+    EXPECT_THAT(change("image", "new").error, HasSubstr("is being changed"));
+    ::close(file);
+    EXPECT_EQ(change("image", "new").error, "");
+}
+
+// Each process counts in the image; none overwrites what another counted.
+TEST_F(ImageWriter, NoChangeIsLostToAnother) {
+    constexpr int processes = 4;
+    constexpr int changes = 40;
+    for (const bool named : {false, true}) {
+        put("image", std::string(4, '\0'));
+        std::vector<pid_t> children;
+        for (int i = 0; i < processes; ++i) {
+            children.push_back(::fork());
+            if (children.back() != 0)
+                continue;
+            if (named)
+                inject({noFilesWithoutName});
+            bool sound = true;
+            for (int j = 0; j < changes; ++j) {
+                ImageEdit edit("image");
+                unsigned int count = 0;
+                sound = sound && edit.bytes().size() == sizeof count;
+                std::memcpy(&count, edit.bytes().data(), sizeof count);
+                ++count;
+                std::memcpy(edit.bytes().data(), &count, sizeof count);
+                sound = edit.commit().succeeded() && sound;
+            }
+            ::_exit(sound ? 0 : 1);
+        }
+        for (const pid_t child : children) {
+            int status = 0;
+            ::waitpid(child, &status, 0);
+            EXPECT_TRUE(status == 0 || WEXITSTATUS(status) == skipped);
+        }
+        unsigned int count = 0;
+        const std::string bytes = get("image");
+        std::memcpy(&count, bytes.data(), sizeof count);
+        EXPECT_EQ(count, processes * changes);
+        EXPECT_THAT(names(), ElementsAre("image"));
+    }
+}
+
+// A process that ends at any moment leaves the one image or the other, and nothing beside it.
+TEST_F(ImageWriter, NothingIsLeftOfAProcessThatIsKilled) {
+    const std::string images[] = {std::string(150000, 'a'), std::string(90000, 'b')};
+    std::mt19937 random(10);
+    int leftOver = 0;
+    for (int i = 0; i < 150; ++i) {
+        const int signal = i % 3 == 0 ? SIGTERM : i % 3 == 1 ? SIGINT : SIGKILL;
+        const bool named = i % 2 == 1;
+        put("image", images[0]);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::signal(SIGTERM, SIG_DFL);
+            ::signal(SIGINT, SIG_DFL);
+            if (named)
+                inject({noFilesWithoutName});
+            for (int j = 1;; ++j)
+                change("image", images[j % 2], {});
+        }
+        ::usleep(static_cast<unsigned int>(random() % 8000));
+        ::kill(child, signal);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        const std::string now = get("image");
+        ASSERT_TRUE(now == images[0] || now == images[1]) << now.size();
+        if (names().size() > 1) {
+            ++leftOver;
+            ASSERT_EQ(signal, SIGKILL) << *names().begin();
+        }
+        // The next one tidies up before it does anything else.
+        ASSERT_EQ(ImageEdit("image").error(), "");
+        ASSERT_THAT(names(), ElementsAre("image"));
+    }
+    RecordProperty("left_over", leftOver);
+}
+
+TEST_F(ImageWriter, ALeftOverIsRemovedByTheNext) {
+    fs::create_directory("other");
+    const auto leaveOne = [] {
+        put("image", "old bytes");
+        inject({{SYS_unlinkat, EROFS}, {SYS_renameat, EIO}, {SYS_renameat2, EIO}});
+        EXPECT_NE(change("image", "half").error, "");
+    };
+    inChild(leaveOne);
+    if (IsSkipped())
+        return;
+    ASSERT_EQ(names().size(), 3U);
+    EXPECT_EQ(change("image", "new").error, "");
+    EXPECT_THAT(names(), ElementsAre("image", "other"));
+
+    // What stands there and is none stays, and does not stop the writing.
+    inChild(leaveOne);
+    const std::string name = *names().begin();
+    fs::remove(name);
+    fs::create_directory(name);
+    EXPECT_EQ(change("image", "newer").error, "");
+    EXPECT_EQ(get("image"), "newer");
+    EXPECT_TRUE(fs::is_directory(name));
+}
+
+TEST_F(ImageWriter, SystemCallsThatFailHarmNothing) {
+    struct Case {
+        std::vector<Fault> faults;
+        std::string error; ///< "" where the writing succeeds all the same
+        std::string warning{};
+        bool withBackup = false;
+    };
+    const Case cases[] = {
+        {{noFilesWithoutName}, ""},
+        {{{SYS_openat, EACCES, 2, withoutName}}, "nothing can be written beside it"},
+        {{{SYS_openat, ENOSPC, 2, withoutName}}, "No space left"},
+        {{noFilesWithoutName, {SYS_openat, ENOSPC, 2, O_EXCL}}, "No space left"},
+        {{{SYS_flock, ENOLCK}}, ""},
+        {{{SYS_write, ENOSPC}}, "No space left"},
+        {{noFilesWithoutName, {SYS_write, ENOSPC}}, "No space left"},
+        {{{SYS_fsync, EIO}}, "Input/output error"},
+        {{{SYS_linkat, EPERM}}, "nothing can be written beside it"},
+        {{{SYS_renameat, EACCES}, {SYS_renameat2, EACCES}}, "nothing can be written beside it"},
+        {{noFilesWithoutName, {SYS_renameat, EIO}, {SYS_renameat2, EIO}}, "Input/output error"},
+        {{{SYS_fsetxattr, ENOSPC}}, "", "extended attribute user.note cannot be kept: No space left on device"},
+        {{{SYS_fremovexattr, EIO}}, "access control list"},
+        {mountPoint, "asks for a backup"},
+        {mountPoint, "", "cannot be replaced, was written in place", true},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE("call " + std::to_string(test.faults.back().call) + ": " + test.error + test.warning);
+        fs::remove("image~");
+        put("image", "old bytes");
+        ::chmod("image", 0604); // narrower than what a new file gets before it has its rights
+        ::setxattr("image", "user.note", "x", 1, 0);
+        inChild([&] {
+            inject(test.faults);
+            const WriteReport report =
+                change("image", "new bytes, more of them",
+                       {.backup = test.withBackup ? std::optional<std::string>("") : std::nullopt});
+            EXPECT_THAT(report.error,
+                        test.error.empty() ? Matcher<const std::string&>(IsEmpty()) : HasSubstr(test.error));
+            EXPECT_EQ(report.warnings, test.warning.empty() ? std::vector<std::string>() : std::vector{test.warning});
+        });
+        EXPECT_EQ(get("image"), test.error.empty() ? "new bytes, more of them" : "old bytes");
+        EXPECT_EQ(statusOf("image").st_mode & 0777U, 0604U);
+        EXPECT_EQ(names().size(), test.withBackup ? 2U : 1U);
+    }
+}
+
+// Of two changed bytes the second cannot be written; the first is put back, or the backup is all that is left.
+TEST_F(ImageWriter, WritingInPlaceThatFailsIsUndone) {
+    const Fault fromOffset8{SYS_pwrite64, EIO, 3, 8};
+    const Fault eightBytesAtOnce{SYS_pwrite64, EIO, 2, 8};
+    for (const bool canBeUndone : {true, false}) {
+        inChild([&] {
+            inject(mountPoint);
+            inject({fromOffset8});
+            if (!canBeUndone)
+                inject({eightBytesAtOnce});
+            const WriteReport report = change("image", "Old byteS", {.backup = ""});
+            EXPECT_THAT(report.error,
+                        HasSubstr(canBeUndone ? "the old bytes were written back"
+                                              : "the old bytes could not be written back, they are in image~"));
+        });
+        if (IsSkipped())
+            return;
+        EXPECT_EQ(get("image"), canBeUndone ? "old bytes" : "Old bytes");
+        EXPECT_EQ(names().size(), canBeUndone ? 1U : 2U);
+    }
+    EXPECT_EQ(get("image~"), "old bytes");
+}
+
+TEST_F(ImageWriter, ALimitOrAFullDiskLeavesTheOldFile) {
+    inChild([] {
+        const rlimit limit{.rlim_cur = 20000, .rlim_max = 20000};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_THAT(change("image", std::string(30000, 'x')).error, HasSubstr("File too large"));
+        EXPECT_THAT(writeImageFile("new", Bytes(30000)).error, HasSubstr("File too large"));
+        EXPECT_EQ(change("image", "small").error, "");
+    });
+    EXPECT_THAT(names(), ElementsAre("image"));
+    fs::create_directory("disk");
+    inChild([] {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("none", "disk", "tmpfs", 0, "size=64k") != 0)
+            ::_exit(skipped);
+        put("disk/image", "old bytes");
+        EXPECT_THAT(change("disk/image", std::string(90000, 'x')).error, HasSubstr("No space left"));
+        EXPECT_THAT(change("disk/image", std::string(40000, 'x'), {.backup = "disk/kept"}).error, "");
+        EXPECT_THAT(change("disk/image", std::string(20000, 'y'), {.backup = "disk/more"}).error,
+                    HasSubstr("No space left"));
+        EXPECT_EQ(get("disk/image"), std::string(40000, 'x'));
+        EXPECT_THAT(names("disk"), ElementsAre("image", "kept"));
+    });
+}
+
+TEST_F(ImageWriter, AMountPointIsWrittenInPlace) {
+    put("mounted", "");
+    inChild([] {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("image", "mounted", nullptr, MS_BIND, nullptr) != 0)
+            ::_exit(skipped);
+        EXPECT_THAT(change("mounted", "new").error, HasSubstr("asks for a backup"));
+        const WriteReport report = change("mounted", "now shorter", {.backup = ""});
+        EXPECT_EQ(report.error, "");
+        EXPECT_EQ(report.backup, "mounted~");
+    });
+    if (IsSkipped())
+        return;
+    EXPECT_EQ(get("image"), "now shorter");
+    EXPECT_EQ(get("mounted~"), "old bytes");
+    EXPECT_THAT(names(), ElementsAre("image", "mounted", "mounted~"));
+}
+
+TEST_F(ImageWriter, KeepsOwnerGroupAndAccessList) {
+    if (::chown("image", 1234, 5678) != 0)
+        GTEST_SKIP() << "only the superuser gives files away";
+    ::chmod("image", 0640);
+    const std::string list = accessList(4);
+    if (::setxattr("image", "system.posix_acl_access", list.data(), list.size(), 0) != 0)
+        GTEST_SKIP() << "no access control lists here";
+    const WriteReport report = change("image", "new", {.backup = ""});
+    EXPECT_EQ(report.error, "");
+    EXPECT_THAT(report.warnings, IsEmpty());
+    for (const std::string path : {"image", "image~"}) {
+        EXPECT_EQ(statusOf(path).st_uid, 1234U);
+        EXPECT_EQ(statusOf(path).st_gid, 5678U);
+        EXPECT_EQ(attribute(path, "system.posix_acl_access"), list);
+    }
+    // What the folder would give to new files, a replaced one does not get.
+    put("plain", "old");
+    ::chmod("plain", 0660);
+    const std::string wide = accessList(7);
+    ASSERT_EQ(::setxattr(".", "system.posix_acl_default", wide.data(), wide.size(), 0), 0);
+    EXPECT_EQ(change("plain", "new").error, "");
+    EXPECT_EQ(attribute("plain", "system.posix_acl_access"), "none");
+    EXPECT_EQ(statusOf("plain").st_mode & 0777U, 0660U);
+}
+
+TEST_F(ImageWriter, RightsOfOthersDoNotWiden) {
+    struct Case {
+        unsigned int owner, group;
+        mode_t mode;
+        std::string error;   ///< part of it; "" where the writing succeeds
+        std::string warning; ///< part of it
+    };
+    const Case cases[] = {
+        {nobody, nobody, 0640, "", ""},
+        {nobody, nobody, 0440, "cannot be written: Permission denied", ""},
+        {0, 0, 0644, "cannot be written: Permission denied", ""},
+        {0, nobody, 0664, "", "owner 0 cannot be kept, it is now 65534"},
+        {nobody, 0, 0644, "", "group 0 cannot be kept, it is now 65534"},
+        {nobody, 0, 0660, "group 0 cannot be kept, it is now 65534, whose members would get rights", ""},
+        {nobody, 0, 0604, "whose members would get rights", ""},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(std::to_string(test.mode) + test.error + test.warning);
+        put("image", "old bytes");
+        if (::chown("image", test.owner, test.group) != 0)
+            GTEST_SKIP() << "only the superuser gives files away";
+        ::chmod("image", test.mode);
+        inChild([&] {
+            becomeNobody();
+            const WriteReport report = change("image", "new");
+            EXPECT_THAT(report.error,
+                        test.error.empty() ? Matcher<const std::string&>(IsEmpty()) : HasSubstr(test.error));
+            ASSERT_EQ(report.warnings.size(), test.warning.empty() ? 0U : 1U);
+            if (!report.warnings.empty()) {
+                EXPECT_THAT(report.warnings[0], HasSubstr(test.warning));
+            }
+        });
+        EXPECT_EQ(get("image"), test.error.empty() ? "new" : "old bytes");
+        EXPECT_THAT(names(), ElementsAre("image"));
+        ASSERT_EQ(::chown("image", 0, 0), 0);
+    }
+    // A folder that cannot be written to.
+    ASSERT_EQ(::chown("image", nobody, nobody), 0);
+    ::chmod(".", 0755);
+    inChild([] {
+        becomeNobody();
+        EXPECT_THAT(change("image", "newest").error, HasSubstr("nothing can be written beside it: Permission denied"));
+        EXPECT_THAT(writeImageFile("fresh", Bytes(3)).error, HasSubstr("Permission denied"));
+    });
+    EXPECT_THAT(names(), ElementsAre("image"));
+}
+
+TEST_F(ImageWriter, PermissionsMayNarrowButAreTold) {
+    ::chmod("image", 0644);
+    inChild([] {
+        inject({{SYS_fchmod, EPERM}});
+        EXPECT_THAT(change("image", "new").warnings, ElementsAre(HasSubstr("permissions cannot be kept")));
+    });
+    EXPECT_EQ(statusOf("image").st_mode & 07777U, 0600U);
+}
+
+TEST_F(ImageWriter, ANewFileHasThePermissionsOfAnyOther) {
+    const mode_t before = ::umask(027);
+    EXPECT_EQ(writeImageFile("new", bytesOf("x")).error, "");
+    ::umask(before);
+    EXPECT_EQ(statusOf("new").st_mode & 07777U, 0640U);
+}

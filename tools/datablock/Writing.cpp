@@ -1,0 +1,36 @@
+#include "Writing.h"
+
+#include <iostream>
+
+namespace Tool {
+
+namespace {
+
+/// Shows an option that takes a value or none without the default that its declaration names in braces.
+class WithoutDefaults : public CLI::Formatter {
+public:
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+        const std::string name = CLI::Formatter::make_option_name(option, isPositional);
+        return name.substr(0, name.find('{'));
+    }
+};
+
+} // namespace
+
+void addBackupOption(CLI::App& command, std::optional<std::string>& backup) {
+    command
+        .add_flag("--backup{}", backup,
+                  "Keep the file that is replaced, as FILE or as its own name and ~, ~2 ...; no file is overwritten")
+        ->option_text("[=FILE]");
+    command.formatter(std::make_shared<WithoutDefaults>());
+}
+
+bool reportWriting(const std::string& path, const Travik::WriteReport& report) {
+    if (!report.succeeded())
+        std::cerr << "datablock: " << (path == "-" ? "standard output" : path) << ": " << report.error << '\n';
+    for (const std::string& warning : report.warnings)
+        std::cerr << path << ": " << warning << '\n';
+    return report.succeeded();
+}
+
+} // namespace Tool
