@@ -82,7 +82,7 @@ private:
     bool dryRun_ = false;
 
     static int refuse(int status, const std::string& name, std::string_view why) {
-        std::cerr << name << ": " << why << '\n';
+        std::cerr << InLine{name} << ": " << why << '\n';
         return status;
     }
 
@@ -91,17 +91,17 @@ private:
         if (import.concernsBlock)
             reportProblem(image, import.offset, static_cast<unsigned short>(format.table.id), import.refusal);
         else if (!import.refusal.empty())
-            std::cerr << image.name << ": " << import.refusal << '\n';
+            std::cerr << InLine{image.name} << ": " << import.refusal << '\n';
         for (const Travik::ExchangeFinding& finding : import.reading.findings) {
-            std::cerr << text.name;
+            std::cerr << InLine{text.name};
             if (finding.line > 0)
                 std::cerr << ": line " << finding.line;
             if (!finding.word.empty())
-                std::cerr << ", \"" << finding.word << '"';
+                std::cerr << ", \"" << InLine{finding.word} << '"';
             std::cerr << ": " << finding.text << '\n';
         }
         if (const std::size_t more = import.reading.findingCount - import.reading.findings.size(); more > 0)
-            std::cerr << text.name << ": and " << more << " more\n";
+            std::cerr << InLine{text.name} << ": and " << more << " more\n";
         return refuse(DataWrong, text.name,
                       import.wasDamaged && !import.refusal.empty()
                           ? "not imported, use --force to import it all the same"
@@ -127,12 +127,12 @@ private:
     void summarise(const std::string& target, const Travik::ExchangeFormat& format,
                    const Travik::ExchangeReading& reading, const Travik::WriteReport& report) const {
         const std::size_t changes = reading.changes.size();
-        std::cerr << target << ": " << changes << (changes == 1 ? " value of " : " values of ") << format.table.key
+        std::cerr << InLine{target} << ": " << changes << (changes == 1 ? " value of " : " values of ") << format.table.key
                   << (dryRun_ ? " would change" : " changed");
         if (reading.before != reading.after)
             std::cerr << ", " << countChange(reading);
         if (!report.backup.empty())
-            std::cerr << ", the old image is kept as " << report.backup;
+            std::cerr << ", the old image is kept as " << InLine{report.backup};
         std::cerr << '\n';
     }
 };
