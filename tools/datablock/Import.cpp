@@ -127,8 +127,8 @@ private:
     void summarise(const std::string& target, const Travik::ExchangeFormat& format,
                    const Travik::ExchangeReading& reading, const Travik::WriteReport& report) const {
         const std::size_t changes = reading.changes.size();
-        std::cerr << InLine{target} << ": " << changes << (changes == 1 ? " value of " : " values of ") << format.table.key
-                  << (dryRun_ ? " would change" : " changed");
+        std::cerr << InLine{target} << ": " << changes << (changes == 1 ? " value of " : " values of ")
+                  << format.table.key << (dryRun_ ? " would change" : " changed");
         if (reading.before != reading.after)
             std::cerr << ", " << countChange(reading);
         if (!report.backup.empty())

@@ -1,5 +1,7 @@
 #include "Writing.h"
 
+#include "Output.h"
+
 #include <iostream>
 
 namespace Tool {
@@ -27,9 +29,9 @@ void addBackupOption(CLI::App& command, std::optional<std::string>& backup) {
 
 bool reportWriting(const std::string& path, const Travik::WriteReport& report) {
     if (!report.succeeded())
-        std::cerr << "datablock: " << (path == "-" ? "standard output" : path) << ": " << report.error << '\n';
+        std::cerr << "datablock: " << InLine{path == "-" ? "standard output" : path} << ": " << report.error << '\n';
     for (const std::string& warning : report.warnings)
-        std::cerr << path << ": " << warning << '\n';
+        std::cerr << InLine{path} << ": " << InLine{warning} << '\n';
     return report.succeeded();
 }
 
