@@ -1,11 +1,15 @@
-// Reads any text as the exchange text of a block, which the first byte selects, then writes what was read.
+// Reads any text as the exchange text of a block, which the first byte selects, then writes what was read; tolerantly,
+// then strictly into the block that came of it.
 #include <travik/rfboard/DunTables.h>
 #include <travik/rfboard/KelTables.h>
+#include <travik/text/StrictExchange.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <span>
 #include <sstream>
 #include <string>
 
@@ -26,10 +30,26 @@ void read(const std::string& text, Block& block) {
     require(block.getId() == Block::table.id || (block.getId() == 0 && block.getNumberOfRows() == 0));
 }
 
+/// What is accepted is written so that it changes nothing any more, and so is what was in the block.
+void readStrictly(const std::string& text, const ExchangeFormat& format, std::span<const char> block) {
+    const ExchangeReading reading = readExchangeStrictly(text, format, block);
+    require(reading.findings.size() <= exchangeFindingsLimit && reading.findings.size() <= reading.findingCount);
+    const auto isUnchanged = [&](std::span<const char> image) {
+        std::ostringstream written;
+        writeExchangeText(written, format, image);
+        const ExchangeReading again = readExchangeStrictly(written.view(), format, image);
+        return again.findingCount == 0 && again.changes.empty() && std::ranges::equal(again.image, image);
+    };
+    require(isUnchanged(block));
+    require(reading.findingCount > 0 || isUnchanged(reading.image));
+}
+
 template <class Block>
 void exchange(const std::string& text) {
     Block block;
     read(text, block);
+    const auto image = block.getByteArrayData();
+    readStrictly(text, Block::exchange, {image.data(), image.size()});
     std::ostringstream first;
     block.conv2ascii(first, block);
     if (block.getNumberOfRows() > block.getMaxRows() || block.getNumberOfColumns() > block.getMaxColumns())

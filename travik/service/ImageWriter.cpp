@@ -142,7 +142,7 @@ std::string ImageEdit::State::putInPlace(WriteReport& report) const {
         return "cannot be replaced, only written in place, which asks for a backup: " + errorText();
     const files::HeldSignals held;
     if (!overwrite(file, original, bytes)) {
-        const std::string why = errorText();
+        std::string why = errorText();
         if (isWhatWasRead())
             return why;
         files::writeAllAt(file, 0, original);

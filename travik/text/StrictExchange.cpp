@@ -347,7 +347,7 @@ private:
 
     void endTable() {
         if (place_ == Place::Id)
-            find("", "no line \"COUNT:\" behind \"ID:\"");
+            find("", R"(no line "COUNT:" behind "ID:")");
         if (place_ == Place::Rows && rowLine_ < rowLines_)
             find("", "the table ends ahead of row " + std::to_string(labelOf(rowLine_)) + " of " +
                          std::to_string(reading_.after.rows));

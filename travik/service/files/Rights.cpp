@@ -51,10 +51,10 @@ std::string copyAttributes(int old, int file, std::vector<std::string>& warnings
         const char* const name = names.data() + begin;
         if (belongsToBytes(name) || copyAttribute(old, file, name))
             continue;
-        const std::string problem = "extended attribute " + std::string(name) + " cannot be kept: " + errorText();
+        std::string problem = "extended attribute " + std::string(name) + " cannot be kept: " + errorText();
         if (std::string_view(name).starts_with("system.")) // it says who may do what
             return problem;
-        warnings.push_back(problem);
+        warnings.push_back(std::move(problem));
     }
     return {};
 }
@@ -89,7 +89,7 @@ std::string copyRights(int old, const struct stat& status, int file, std::vector
     if (::fremovexattr(file, accessList) != 0 && errno != ENODATA && errno != EOPNOTSUPP)
         return "access control list of the folder: " + errorText();
     if (::fchmod(file, mode) != 0) {
-        const std::string problem = "permissions cannot be kept: " + errorText();
+        std::string problem = "permissions cannot be kept: " + errorText();
         if (::fstat(file, &now) != 0 || (now.st_mode & 0777U & ~mode) != 0)
             return problem;
         if ((now.st_mode & 07777U) != mode)
