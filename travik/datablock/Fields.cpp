@@ -1,5 +1,7 @@
 #include <travik/datablock/Fields.h>
 
+#include <cmath>
+
 namespace Travik {
 
 namespace {
@@ -55,6 +57,12 @@ double bitsValue(std::span<const char> image, const Field& field, std::size_t of
                           : static_cast<double>(word >> back);
 }
 
+/// The lowest number of a signed integer has no negative in the bits that it is stored in, and is taken for its own.
+bool isOwnNegative(const Field& field, double stored) {
+    const unsigned int bits = field.bits > 0 ? field.bits : 8 * field.width;
+    return field.stored < Stored::F32 && stored == -std::ldexp(1.0, static_cast<int>(bits) - 1);
+}
+
 unsigned int used(std::span<const char> image, std::span<const Field> fields, const Dimension& dimension,
                   unsigned int first) {
     if (!dimension.count)
@@ -94,12 +102,15 @@ double fieldValue(std::span<const char> image, const Field& field, std::span<con
     const std::size_t offset = elementOffset(field, index);
     if (!bytes::inside(image.size(), offset, field.width))
         return 0.0;
-    return (field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset)) * field.scale +
-           field.zero;
+    const double stored = field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset);
+    const bool staysNegative = field.scale < 0 && isOwnNegative(field, stored);
+    return (staysNegative ? -stored : stored) * field.scale + field.zero;
 }
 
 void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,
                  const std::function<void(const FieldValue&)>& visitor) {
+    if (!visitor)
+        return;
     for (const Field& field : fields) {
         std::array<unsigned int, Field::maxRank> index{};
         const auto visit = [&](const auto& self, unsigned int depth) -> void {

@@ -39,7 +39,8 @@ struct Dimension {
     int axisBlock = 0;
 };
 
-/// One field of a record. A value in its unit is (stored × scale + zero).
+/// One field of a record. A value in its unit is (stored × scale + zero). A negative scale negates in the width that is
+/// stored, as the block's class does: of the lowest number, which has no counterpart there, the sign stays.
 struct Field {
     static constexpr std::size_t maxRank = 4;
 
@@ -99,7 +100,8 @@ TRAVIK_DATABLOCK_EXPORT double fieldValue(std::span<const char> image, const Fie
 TRAVIK_DATABLOCK_EXPORT bool equalFields(std::span<const char> left, std::span<const char> right,
                                          std::span<const Field> fields);
 
-/// Hands out every value of an image in list order, rows before columns. The image may end anywhere.
+/// Hands out every value of an image in list order, rows before columns. The image may end anywhere; an empty visitor
+/// gets nothing.
 TRAVIK_DATABLOCK_EXPORT void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,
                                          const std::function<void(const FieldValue&)>& visitor);
 
