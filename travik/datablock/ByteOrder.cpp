@@ -6,7 +6,7 @@
 namespace Travik {
 
 void HwDatablock::swapDataTo(HwEDataFormatTyp format, unsigned short id, HwDatablock* block) {
-    if (block->getDataFormatTyp() == format || block->verifyChecksum32())
+    if (!block || block->getDataFormatTyp() == format || block->verifyChecksum32())
         return;
     HwDatablockOldStyleInterpreter interpreter;
     interpreter.swapHwDatablock(format, id, block);

@@ -26,7 +26,7 @@ HwDatablockOldStyleInterpreter::HwDatablockOldStyleInterpreter() {
 HwDatablockOldStyleInterpreter::~HwDatablockOldStyleInterpreter() { deletePrototypes(dictionary_); }
 
 bool HwDatablockOldStyleInterpreter::printHwDatablockOldStyleInfo(HwDatablock* block, std::ostream& os) {
-    const auto found = dictionary_.find(block->getId());
+    const auto found = block ? dictionary_.find(block->getId()) : dictionary_.end();
     if (found == dictionary_.end())
         return false;
     HwDatablock* const prototype = found->second;
@@ -39,7 +39,7 @@ bool HwDatablockOldStyleInterpreter::printHwDatablockOldStyleInfo(HwDatablock* b
 
 bool HwDatablockOldStyleInterpreter::swapHwDatablock(HwEDataFormatTyp format, int id, HwDatablock* block) {
     const CatalogueEntry* const entry = findEntry(id);
-    if (!entry || !entry->restore)
+    if (!block || !entry || !entry->restore)
         return false;
     const std::unique_ptr<HwDatablock> temporary = entry->create(*entry, id);
     temporary->setDataWithoutChecksumCheck(block);

@@ -18,12 +18,12 @@ public:
     virtual ~HwDatablockOldStyleInterpreter();
 
     /// Converts the block, taken to be `id`, into the format and hands it buffer and format back. False, and the block
-    /// untouched, for an identifier that is not converted. A table whose checksum is wrong keeps its bytes (error
-    /// 1040001 is signalled), takes the format and counts as converted.
+    /// untouched, for an identifier that is not converted and for null. A table whose checksum is wrong keeps its bytes
+    /// (error 1040001 is signalled), takes the format and counts as converted.
     bool swapHwDatablock(HwEDataFormatTyp format, int id, HwDatablock* block);
 
     /// Prints the block through the prototype of its identifier, which shares the block's buffer until the next print
-    /// of that identifier. False, and nothing written, for an identifier without one.
+    /// of that identifier. False, and nothing written, for an identifier without one and for null.
     bool printHwDatablockOldStyleInfo(HwDatablock* block, std::ostream& os);
 
     /// The prototypes by identifier, owned by the interpreter.
