@@ -15,6 +15,7 @@ public:
     static constexpr TableSpec table{11305, "SATT_TEMP_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockSAttCTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockSAttCTempFreq = HwDatablockSAttCTempFreq::Record;
 
 /// Temperature compensation: four rows of gradients at the points of 11305.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockSAttCTempGradient : public HwDatablockBaseTemplate<int, double, 4, 50> {
@@ -22,6 +23,7 @@ public:
     static constexpr TableSpec table{11306, "SATT_TEMP_GRADIENT", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockSAttCTempGradient(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockSAttCTempGradient = HwDatablockSAttCTempGradient::Record;
 
 /// Temperature compensation: four rows of offsets at the points of 11305.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockSAttCTempOffset : public HwDatablockBaseTemplate<int, double, 4, 50> {
@@ -29,5 +31,6 @@ public:
     static constexpr TableSpec table{11307, "SATT_TEMP_OFFSET", 1.0, "", Role::Value, 0, -2};
     explicit HwDatablockSAttCTempOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockSAttCTempOffset = HwDatablockSAttCTempOffset::Record;
 
 } // namespace Travik

@@ -18,6 +18,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboAttCalFreq = HwDatablockDunRfboAttCalFreq::Record;
 
 /// Attenuator calibration: a row per attenuator setting (its index value), at the points of 15760.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttCalData : public HwDatablockBaseTemplateIndex<int, int, 40, 200> {
@@ -25,6 +26,7 @@ public:
     static constexpr TableSpec table{15761, "BLOCK_DUN_RFBO_ATT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockDunRfboAttCalData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockDunRfboAttCalData = HwDatablockDunRfboAttCalData::Record;
 
 /// Temperature compensation: frequency points. Can be exchanged as text.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboTempCompFreq : public HwDatablockBaseTemplate<double, double, 50, 1>,
@@ -34,6 +36,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboTempCompFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboTempCompFreq = HwDatablockDunRfboTempCompFreq::Record;
 
 /// Temperature compensation: rows labelled by an index value, at the points of 15770. Can be exchanged as text,
 /// without its index values.
@@ -44,6 +47,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboTempCompData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockDunRfboTempCompData = HwDatablockDunRfboTempCompData::Record;
 
 /// Attenuations that belong to the register words of 15799. Can be exchanged as text, with two decimals.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegAttenuation
@@ -54,6 +58,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttRegAttenuation(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboAttRegAttenuation = HwDatablockDunRfboAttRegAttenuation::Record;
 
 /// Attenuator register words. Can be exchanged as text.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegData
@@ -64,5 +69,6 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttRegData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboAttRegData = HwDatablockDunRfboAttRegData::Record;
 
 } // namespace Travik

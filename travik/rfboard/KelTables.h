@@ -16,6 +16,7 @@ public:
     static constexpr TableSpec table{15700, "RFBO_EXTIN_GAIN", 1.0};
     explicit HwDatablockKelRfboExtInGain(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboExtInGain = HwDatablockKelRfboExtInGain::Record;
 
 /// External input: offset.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtInOffset : public HwDatablockBaseTemplate<int, int, 10, 1> {
@@ -23,6 +24,7 @@ public:
     static constexpr TableSpec table{15701, "RFBO_EXTIN_OFFSET", 1.0};
     explicit HwDatablockKelRfboExtInOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboExtInOffset = HwDatablockKelRfboExtInOffset::Record;
 
 /// Detector tuning: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboDetTuneFreq
@@ -31,6 +33,7 @@ public:
     static constexpr TableSpec table{15705, "RFBO_DET_TUNE_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboDetTuneFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboDetTuneFreq = HwDatablockKelRfboDetTuneFreq::Record;
 
 /// Detector tuning: two rows of values at the points of 15705.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboDetTuneData : public HwDatablockBaseTemplate<int, int, 2, 128> {
@@ -38,6 +41,7 @@ public:
     static constexpr TableSpec table{15706, "RFBO_DET_TUNE_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockKelRfboDetTuneData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboDetTuneData = HwDatablockKelRfboDetTuneData::Record;
 
 /// Calibration of the temperature-compensated reference oscillator.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTcxoCal : public HwDatablockBaseTemplate<int, int, 8, 1> {
@@ -45,6 +49,7 @@ public:
     static constexpr TableSpec table{15710, "RFBO_TCXO_CAL", 1.0};
     explicit HwDatablockKelRfboTcxoCal(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboTcxoCal = HwDatablockKelRfboTcxoCal::Record;
 
 /// Maximum RF level: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboRfLevelMaxFreq
@@ -53,6 +58,7 @@ public:
     static constexpr TableSpec table{15715, "RFBO_RFLEVEL_MAX_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboRfLevelMaxFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboRfLevelMaxFreq = HwDatablockKelRfboRfLevelMaxFreq::Record;
 
 /// Maximum RF level: two rows at the points of 15715, stored in hundredths.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboRfLevelMaxData : public HwDatablockBaseTemplate<int, double, 2, 128> {
@@ -60,6 +66,7 @@ public:
     static constexpr TableSpec table{15716, "RFBO_RFLEVEL_MAX_DATA", 0.01, "", Role::Value, 0, -1};
     explicit HwDatablockKelRfboRfLevelMaxData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboRfLevelMaxData = HwDatablockKelRfboRfLevelMaxData::Record;
 
 /// Attenuator calibration: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttCalFreq
@@ -68,6 +75,7 @@ public:
     static constexpr TableSpec table{15720, "RFBO_ATT_CAL_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboAttCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboAttCalFreq = HwDatablockKelRfboAttCalFreq::Record;
 
 /// Attenuator calibration: a row per attenuator setting (its index value), at the points of 15720.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttCalData : public HwDatablockBaseTemplateIndex<int, int, 27, 200> {
@@ -75,6 +83,7 @@ public:
     static constexpr TableSpec table{15721, "RFBO_ATT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockKelRfboAttCalData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockKelRfboAttCalData = HwDatablockKelRfboAttCalData::Record;
 
 /// External calibration: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalFreq
@@ -83,6 +92,7 @@ public:
     static constexpr TableSpec table{15725, "RFBO_EXT_CAL_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboExtCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboExtCalFreq = HwDatablockKelRfboExtCalFreq::Record;
 
 /// External calibration: five rows at the points of 15725.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalData : public HwDatablockBaseTemplate<int, int, 5, 350> {
@@ -90,6 +100,7 @@ public:
     static constexpr TableSpec table{15726, "RFBO_EXT_CAL_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockKelRfboExtCalData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboExtCalData = HwDatablockKelRfboExtCalData::Record;
 
 /// Automatic level control: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAlcFreq : public HwDatablockBaseTemplate<unsigned int, double, 10, 1> {
@@ -97,6 +108,7 @@ public:
     static constexpr TableSpec table{15730, "RFBO_ALC_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboAlcFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboAlcFreq = HwDatablockKelRfboAlcFreq::Record;
 
 /// Automatic level control: four rows at the points of 15730.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAlcData : public HwDatablockBaseTemplate<int, int, 4, 10> {
@@ -104,6 +116,7 @@ public:
     static constexpr TableSpec table{15731, "RFBO_ALC_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockKelRfboAlcData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboAlcData = HwDatablockKelRfboAlcData::Record;
 
 /// Temperature compensation: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempFreq : public HwDatablockBaseTemplate<unsigned int, double, 50, 1> {
@@ -111,6 +124,7 @@ public:
     static constexpr TableSpec table{15735, "RFBO_TEMP_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboTempFreq = HwDatablockKelRfboTempFreq::Record;
 
 /// Temperature compensation: gradients at the points of 15735.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempGradient : public HwDatablockBaseTemplate<int, int, 6, 50> {
@@ -118,6 +132,7 @@ public:
     static constexpr TableSpec table{15740, "RFBO_TEMP_GRADIENT", 1.0, "", Role::Value, 0, -5};
     explicit HwDatablockKelRfboTempGradient(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboTempGradient = HwDatablockKelRfboTempGradient::Record;
 
 /// Temperature compensation: offsets at the points of 15735.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboTempOffset : public HwDatablockBaseTemplate<int, int, 6, 50> {
@@ -125,6 +140,7 @@ public:
     static constexpr TableSpec table{15745, "RFBO_TEMP_OFFSET", 1.0, "", Role::Value, 0, -10};
     explicit HwDatablockKelRfboTempOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboTempOffset = HwDatablockKelRfboTempOffset::Record;
 
 /// Attenuator register words. Can be exchanged as text.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboAttRegData
@@ -135,6 +151,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockKelRfboAttRegData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboAttRegData = HwDatablockKelRfboAttRegData::Record;
 
 /// S/H: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboSHFreq : public HwDatablockBaseTemplate<unsigned int, double, 150, 1> {
@@ -142,6 +159,7 @@ public:
     static constexpr TableSpec table{15755, "RFBO_S_H_FREQ", 10.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboSHFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboSHFreq = HwDatablockKelRfboSHFreq::Record;
 
 /// S/H: rows labelled by an index value, at the points of 15755.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboSHData : public HwDatablockBaseTemplateIndex<int, int, 35, 150> {
@@ -149,6 +167,7 @@ public:
     static constexpr TableSpec table{15756, "RFBO_S_H_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockKelRfboSHData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockKelRfboSHData = HwDatablockKelRfboSHData::Record;
 
 /// The user's external calibration: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalUserFreq
@@ -157,6 +176,7 @@ public:
     static constexpr TableSpec table{16000, "RFBO_EXT_CAL_USER_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockKelRfboExtCalUserFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockKelRfboExtCalUserFreq = HwDatablockKelRfboExtCalUserFreq::Record;
 
 /// The user's external calibration: ten descriptors and five rows at the points of 16000.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockKelRfboExtCalUserData
@@ -165,5 +185,6 @@ public:
     static constexpr TableSpec table{16001, "RFBO_EXT_CAL_USER_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockKelRfboExtCalUserData(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
+using HwSDatablockKelRfboExtCalUserData = HwDatablockKelRfboExtCalUserData::Record;
 
 } // namespace Travik

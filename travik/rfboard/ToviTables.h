@@ -17,6 +17,7 @@ public:
     static constexpr TableSpec table{15690, "STEREOCODER_CO", 1.0};
     explicit HwDatablockStereocoderCo(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockStereocoderCo = HwDatablockStereocoderCo::Record;
 
 /// Maximum RF level: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxFreq
@@ -25,6 +26,7 @@ public:
     static constexpr TableSpec table{15800, "VECTOR_RFLEVEL_MAX_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockToviVectorRfLevelMaxFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorRfLevelMaxFreq = HwDatablockToviVectorRfLevelMaxFreq::Record;
 
 /// Maximum RF level at the points of 15800, stored in hundredths.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxData
@@ -33,6 +35,7 @@ public:
     static constexpr TableSpec table{15801, "VECTOR_RFLEVEL_MAX_DATA", 0.01, "", Role::Value, 0, -1};
     explicit HwDatablockToviVectorRfLevelMaxData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorRfLevelMaxData = HwDatablockToviVectorRfLevelMaxData::Record;
 
 /// Automatic level control: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcFreq
@@ -41,6 +44,7 @@ public:
     static constexpr TableSpec table{15810, "VECTOR_ALC_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockToviVectorAlcFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcFreq = HwDatablockToviVectorAlcFreq::Record;
 
 /// Automatic level control: four rows at the points of 15810.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcData
@@ -49,6 +53,7 @@ public:
     static constexpr TableSpec table{15811, "VECTOR_ALC_DATA", 100.0, "", Role::Value, 0, -1};
     explicit HwDatablockToviVectorAlcData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcData = HwDatablockToviVectorAlcData::Record;
 
 /// Automatic level control, IQ normal: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormFreq
@@ -57,6 +62,7 @@ public:
     static constexpr TableSpec table{15820, "VECTOR_ALC_IQNORM_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockToviVectorAlcIqNormFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqNormFreq = HwDatablockToviVectorAlcIqNormFreq::Record;
 
 /// Automatic level control, IQ normal: four rows at the points of 15820.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormData
@@ -65,6 +71,7 @@ public:
     static constexpr TableSpec table{15821, "VECTOR_ALC_IQNORM_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockToviVectorAlcIqNormData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqNormData = HwDatablockToviVectorAlcIqNormData::Record;
 
 /// Automatic level control, IQ wide: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideFreq
@@ -73,6 +80,7 @@ public:
     static constexpr TableSpec table{15830, "VECTOR_ALC_IQWIDE_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockToviVectorAlcIqWideFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqWideFreq = HwDatablockToviVectorAlcIqWideFreq::Record;
 
 /// Automatic level control, IQ wide: four rows at the points of 15830.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideData
@@ -81,6 +89,7 @@ public:
     static constexpr TableSpec table{15831, "VECTOR_ALC_IQWIDE_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockToviVectorAlcIqWideData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqWideData = HwDatablockToviVectorAlcIqWideData::Record;
 
 /// External calibration, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecFreq
@@ -89,6 +98,7 @@ public:
     static constexpr TableSpec table{15840, "RFBO_EXT_CAL_VEC_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockToviRfBoExtCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfBoExtCalVecFreq = HwDatablockToviRfBoExtCalVecFreq::Record;
 
 /// External calibration, vector: four rows at the points of 15840.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecData : public HwDatablockBaseTemplate<int, int, 4, 292> {
@@ -96,6 +106,7 @@ public:
     static constexpr TableSpec table{15841, "RFBO_EXT_CAL_VEC_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockToviRfBoExtCalVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfBoExtCalVecData = HwDatablockToviRfBoExtCalVecData::Record;
 
 /// Attenuator calibration, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecFreq
@@ -104,6 +115,7 @@ public:
     static constexpr TableSpec table{15842, "RFBO_ATT_CAL_VEC_FREQ", 1.0, "Hz", Role::Axis};
     explicit HwDatablockToviRfboAttCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboAttCalVecFreq = HwDatablockToviRfboAttCalVecFreq::Record;
 
 /// Attenuator calibration, vector: a row per attenuator setting (its index value), at the points of 15842.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecData : public HwDatablockBaseTemplateIndex<int, int, 27, 20> {
@@ -111,6 +123,7 @@ public:
     static constexpr TableSpec table{15843, "RFBO_ATT_CAL_VEC_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockToviRfboAttCalVecData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockToviRfboAttCalVecData = HwDatablockToviRfboAttCalVecData::Record;
 
 /// Maximum RF level, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecFreq
@@ -119,6 +132,7 @@ public:
     static constexpr TableSpec table{15844, "RFBO_RFLEVEL_MAX_VEC_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockToviRfboRfLevelMaxVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboRfLevelMaxVecFreq = HwDatablockToviRfboRfLevelMaxVecFreq::Record;
 
 /// Maximum RF level, vector, at the points of 15844, stored in hundredths.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecData
@@ -127,6 +141,7 @@ public:
     static constexpr TableSpec table{15845, "RFBO_RFLEVEL_MAX_VEC_DATA", 0.01, "", Role::Value, 0, -1};
     explicit HwDatablockToviRfboRfLevelMaxVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboRfLevelMaxVecData = HwDatablockToviRfboRfLevelMaxVecData::Record;
 
 /// Level control: temperatures, one signed byte each.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTemp : public HwDatablockBaseTemplate<char, double, 12, 1> {
@@ -134,6 +149,7 @@ public:
     static constexpr TableSpec table{15850, "VECTOR_LEVCON_TEMP", 1.0};
     explicit HwDatablockToviVectorLevconTemp(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorLevconTemp = HwDatablockToviVectorLevconTemp::Record;
 
 /// Level control: frequency points of the temperature data.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempFreq
@@ -142,6 +158,7 @@ public:
     static constexpr TableSpec table{15851, "VECTOR_LEVCON_TEMP_FREQ", 1.0, "", Role::Axis};
     explicit HwDatablockToviVectorLevconTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorLevconTempFreq = HwDatablockToviVectorLevconTempFreq::Record;
 
 /// Level control: control points of the temperature data.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempLevcon
@@ -150,6 +167,7 @@ public:
     static constexpr TableSpec table{15852, "VECTOR_LEVCON_TEMP_LEVCON", 1.0, "", Role::Axis};
     explicit HwDatablockToviVectorLevconTempLevcon(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorLevconTempLevcon = HwDatablockToviVectorLevconTempLevcon::Record;
 
 /// Level control: the data of one of ten temperatures, identifiers 15853 to 15862; a row per frequency point of 15851,
 /// a column per control point of 15852.
@@ -178,6 +196,7 @@ public:
     HwDatablockToviVectorLevconTempData(const char* keyName, int idOffset, bool stop = false)
         : HwDatablockBaseTemplate(keyName, firstId, static_cast<unsigned int>(idOffset), 1.0, stop) {}
 };
+using HwSDatablockToviVectorLevconTempData = HwDatablockToviVectorLevconTempData::Record;
 
 /// The user's external calibration, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserFreq
@@ -186,6 +205,7 @@ public:
     static constexpr TableSpec table{16002, "RFBO_EXT_CAL_VEC_USER_FREQ", 100.0, "Hz", Role::Axis};
     explicit HwDatablockToviRfboExtCalVecUserFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboExtCalVecUserFreq = HwDatablockToviRfboExtCalVecUserFreq::Record;
 
 /// The user's external calibration, vector: ten descriptors and four rows at the points of 16002.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserData
@@ -194,5 +214,6 @@ public:
     static constexpr TableSpec table{16003, "RFBO_EXT_CAL_VEC_USER_DATA", 1.0, "", Role::Value, 0, -1};
     explicit HwDatablockToviRfboExtCalVecUserData(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
+using HwSDatablockToviRfboExtCalVecUserData = HwDatablockToviRfboExtCalVecUserData::Record;
 
 } // namespace Travik

@@ -15,6 +15,7 @@ public:
     static constexpr TableSpec table{14801, "IQ_INPUT_A", 1.0};
     explicit HwDatablockMbrdIqInputA(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdIqInputA = HwDatablockMbrdIqInputA::Record;
 
 /// IQ input of path B.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdIqInputB : public HwDatablockBaseTemplate<int, int, 10, 1> {
@@ -22,6 +23,7 @@ public:
     static constexpr TableSpec table{14802, "IQ_INPUT_B", 1.0};
     explicit HwDatablockMbrdIqInputB(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdIqInputB = HwDatablockMbrdIqInputB::Record;
 
 /// The user's external calibration of path A: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserFreqA
@@ -30,6 +32,7 @@ public:
     static constexpr TableSpec table{14803, "EXT_CAL_USER_FREQ_A", 100.0, "Hz", Role::Axis};
     explicit HwDatablockMbrdExtCalUserFreqA(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserFreqA = HwDatablockMbrdExtCalUserFreqA::Record;
 
 /// The user's external calibration of path B: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserFreqB
@@ -38,6 +41,7 @@ public:
     static constexpr TableSpec table{14804, "EXT_CAL_USER_FREQ_B", 100.0, "Hz", Role::Axis};
     explicit HwDatablockMbrdExtCalUserFreqB(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserFreqB = HwDatablockMbrdExtCalUserFreqB::Record;
 
 /// The user's external calibration of path A: ten descriptors and up to 13 rows at the points of 14803.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserDataA
@@ -46,6 +50,7 @@ public:
     static constexpr TableSpec table{14805, "EXT_CAL_USER_DATA_A", 1.0, "", Role::Value, 0, -2};
     explicit HwDatablockMbrdExtCalUserDataA(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserDataA = HwDatablockMbrdExtCalUserDataA::Record;
 
 /// The user's external calibration of path B: ten descriptors and up to 13 rows at the points of 14804.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserDataB
@@ -54,5 +59,6 @@ public:
     static constexpr TableSpec table{14806, "EXT_CAL_USER_DATA_B", 1.0, "", Role::Value, 0, -2};
     explicit HwDatablockMbrdExtCalUserDataB(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserDataB = HwDatablockMbrdExtCalUserDataB::Record;
 
 } // namespace Travik
