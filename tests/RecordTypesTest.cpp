@@ -52,7 +52,7 @@ namespace {
 struct Kind {
     std::string_view className;
     int (*setNull)(HwDatablock& block);
-    void (*swapNull)(HwDatablock& block); // null where the class has no such operation
+    void (*swapNull)(HwDatablock& block) = nullptr; // where the class has no such operation
 };
 
 template <class Block, class NamedRecord>

@@ -131,8 +131,6 @@ TEST(ThrowingStreams, EveryPageOfASecondEditionTable) {
     printsThroughTrouble("detail", [&](std::ostream& os) { table.printToStream2Edition(os, {}); });
     printsThroughTrouble("summary", [&](std::ostream& os) { table.printDebugPageSummary(os, {}); });
     printsThroughTrouble("heading", [&](std::ostream& os) { table.printDebugPageHeading(os, true); });
-    unsigned char value[] = {1, 2};
-    printsThroughTrouble("value", [&](std::ostream& os) { table.printDataTypeToStream(os, value, ETypeFix16D2); });
     printsThroughTrouble("info", [&](std::ostream& os) { printModuleInfo(moduleInfo(ModuleImage(built.bytes)), os); });
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 using namespace Travik;
 
-std::atomic<unsigned int> lines;
-std::atomic<unsigned int> signals;
+std::atomic<unsigned int> lineCount;
+std::atomic<unsigned int> signalCount;
 
 std::vector<char> randomImage(const HwDatablock& fresh, std::mt19937& random) {
     const QMemArray<char> data = HwDatablock(fresh).getByteArrayData();
@@ -69,8 +69,8 @@ void work(unsigned int seed) {
 } // namespace
 
 int main() {
-    Debug::setLineHandler([](int, int, const QString&) { ++lines; });
-    CErrorManager::setSignalHandler([](int, const QString&) { ++signals; });
+    Debug::setLineHandler([](int, int, const QString&) { ++lineCount; });
+    CErrorManager::setSignalHandler([](int, const QString&) { ++signalCount; });
     HwDebug::setDebugMask(-1);
     HwDebug::setDebugLevel(HwObject::HwProtocolLevelDebug);
     std::vector<std::thread> threads;
@@ -78,6 +78,6 @@ int main() {
         threads.emplace_back(work, seed);
     for (std::thread& thread : threads)
         thread.join();
-    std::printf("%u lines, %u signals\n", lines.load(), signals.load());
-    return lines > 0 && signals > 0 ? 0 : 1;
+    std::printf("%u lines, %u signals\n", lineCount.load(), signalCount.load());
+    return lineCount > 0 && signalCount > 0 ? 0 : 1;
 }

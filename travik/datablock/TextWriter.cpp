@@ -91,8 +91,11 @@ TextWriter::TextWriter(std::ostream& os)
     : failures_(os), os_(os), buffer_(std::make_unique_for_overwrite<char[]>(initialCapacity)),
       capacity_(initialCapacity) {
     os.width(0);
-    if (os.tie())
-        send([&] { return !os.tie()->flush().bad(); });
+    try {
+        if (os.tie())
+            os.tie()->flush();
+    } catch (...) { // kept in the state of that stream
+    }
 }
 
 TextWriter::~TextWriter() noexcept(false) { write((os_.flags() & std::ios_base::unitbuf) != 0); }

@@ -133,8 +133,12 @@ private:
     }
 
     bool readChunk() {
-        const std::streamoff count =
-            ask([this](std::streambuf& source) { return source.sgetn(chunk_.data(), std::ssize(chunk_)); });
+        // No more than is there already: what a source hands out before it throws would be lost.
+        const std::streamoff count = ask([this](std::streambuf& source) {
+            if (source.sgetc() == std::char_traits<char>::eof())
+                return std::streamsize{0};
+            return source.sgetn(chunk_.data(), std::clamp<std::streamsize>(source.in_avail(), 1, std::ssize(chunk_)));
+        });
         unread_ = {chunk_.data(), static_cast<std::size_t>(std::max<std::streamoff>(count, 0))};
         return !unread_.empty();
     }
@@ -392,7 +396,7 @@ const ExchangeFormat* findExchangeFormat(std::istream& is, std::span<const Excha
 
 void reportToStandardOutput(std::string_view message) {
     try {
-        std::cout << message << '\n';
+        TextWriter(std::cout) << message << '\n';
     } catch (const std::ios_base::failure&) { // kept in the stream's state
     }
 }
