@@ -35,7 +35,7 @@ struct HwSDatablockHeader {
 ///   it. Only `setData` from raw bytes makes it private.
 /// - Header getters answer 0 where the buffer is too short for the word; setters do nothing there.
 /// - Setters of identifier, size and alignment, and every setter of a concrete block, refresh the stored checksum.
-/// - Nothing throws, but for an allocation that fails.
+/// - Nothing throws, but for an allocation that fails, and a stream where its exception mask asks for it, once a print.
 /// - A block, and every block that shares its buffer, is used from one thread at a time.
 ///
 /// Concrete blocks add `getBlock()` (the buffer as their typed record; only a buffer at least as long as the record may
