@@ -80,7 +80,7 @@ std::vector<Kind> kinds() {
         FIXED(DacbFrequencyCompPh, 13700, 64, "HwDatablockDacbFrequencyCompPh"),
         FIXED(DacbFrequencyCompDt, 13800, 16, "HwSDatablockDacbFrequencyCompDt"),
         FIXED(DacbFrequencyCompAmpRear, 14400, 64, "HwSDatablockDacbFrequencyCompAmpRear"),
-        FIXED(DacbFrequencyCompPhRear, 14500, 64, "HwSDatablockDacbFrequencyCompPhRear"),
+        FIXED(DacbFrequencyCompPhRear, 14500, 64, "HwDatablockDacbFrequencyCompPhRear"),
         FIXED(DacbFrequencyCompDtRear, 14600, 16, "HwSDatablockDacbFrequencyCompDtRear"),
         FIXED(DacbIqImbalanceFreq, 13900, 116, "HwSDatablockDacbIqImbalanceFreq"),
         FIXED(DacbIqImbalanceAmp, 14000, 64, "HwDatablockDacbIqImbalanceAmp"),

@@ -254,6 +254,10 @@ TEST(BoardTables, InvertedPhasesChangeSignWithin16Bits) {
     phase.setIqImbalancePh(150, 0);
     phase.setIqImbalancePh(-32768, 1);
     EXPECT_EQ(phase.getIqImbalancePh(1), -32768);
+    const FieldList fields = HwDatablockDacbIqImbalancePh::fieldsOf(14100);
+    for (const unsigned int k : {0U, 1U})
+        EXPECT_DOUBLE_EQ(fieldValue(bytesOf(phase), fields.back(), {&k, 1}),
+                         phase.getIqImbalancePh(static_cast<int>(k)) * 0.01);
     EXPECT_EQ(phase.getBlock()->values[0], 150);
     EXPECT_EQ(lineOf(textOf(phase), 2), "1:             -150");
     EXPECT_EQ(lineOf(textOf(phase), 3), "2:             -32768");

@@ -167,6 +167,8 @@ TEST(Datablock, Crc32) {
 }
 
 TEST(Datablock, WrongChecksumIsADebugLine) {
+    static_assert(std::is_same_v<decltype(HwObject::HwProtocolLevelError), const int>);
+    EXPECT_EQ(std::max(0, HwObject::HwProtocolTypeAllTypes), 0);
     DebugOutput debug;
     HwDatablock block(false);
     setBytes(block, image({4711, 8, 1, 0}));
@@ -273,6 +275,13 @@ TEST(EndBlock, HasNoChecksum) {
     EXPECT_EQ(bytesOf(end), "\xFF\xFF\x01\x02");
     EXPECT_EQ(end.computeChecksum(), 0);
     EXPECT_EQ(end.getChecksum(), 0);
+    unsigned short words[] = {1, 2, 3, 4};
+    EXPECT_EQ(end.computeChecksum(words, 8), 0);
+    EXPECT_EQ(end.computeChecksum(words, sizeof words), 0);
+    EXPECT_TRUE(end.verifyChecksum(words, 8));
+    HwDatablock& base = end;
+    EXPECT_EQ(base.computeChecksum(words, 8), HwDatablock(false).computeChecksum(words, 8)) << "the base's stays";
+    EXPECT_FALSE(base.verifyChecksum(words, 8, true));
     EXPECT_TRUE(end.verifyChecksum());
     EXPECT_EQ(end.getBlockSize(), 4);
     HwSDatablockEnd record{0x1234, 5};

@@ -490,6 +490,9 @@ TEST(SecondEditionBuilder, Values) {
         {ETypeInt64, ~0ULL, ""},
         {ETypeInt32, nan, ""},
         {ETypeFloat, 1e39, ""},
+        {ETypeFloat, 3.4028235e38, "3.40282e+38"}, // the shortest text of the largest float
+        {ETypeFloat, 0x1.fffffefffffffp127, "3.40282e+38"},
+        {ETypeFloat, -0x1.ffffffp127, ""}, // half way to the next, which is none
         {ETypeFloat, infinity, "inf"},
         {ETypeFloat, 16777217, "1.67772e+07"},
         {ETypeDouble, nan, "nan"},
@@ -505,6 +508,7 @@ TEST(SecondEditionBuilder, Values) {
         {ETypeFix32D4, 214748.3648, ""},
         {ETypeFix32D4, nan, ""},
         {ETypeChar, "", ""},
+        {ETypeChar5, static_cast<const char*>(nullptr), ""},
         {ETypeChar, "AB", ""},
         {ETypeChar5, std::string("A\0B", 3), ""},
         {ETypeChar5, ElementValue(), ""},

@@ -168,6 +168,7 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     constexpr double infinity = std::numeric_limits<double>::infinity();
     Field hundredths{.name = "level", .stored = Stored::I16, .width = 2, .unit = "dB", .scale = 0.01};
+    Field phase{.name = "phase", .stored = Stored::I16, .width = 2, .unit = "deg", .scale = -0.01};
     Field single{.name = "gain", .stored = Stored::F32, .width = 4};
     Field bits{.name = "circular", .stored = Stored::U16, .width = 2, .bits = 14};
     Field text{.name = "name", .role = Role::Text, .stored = Stored::Text, .width = 4};
@@ -185,6 +186,9 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
         {hundredths, -327.68, StoreOutcome::Exact, {0, 0x80, 9, 9}},
         {hundredths, 327.68, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
         {hundredths, nan, StoreOutcome::NotFinite, {9, 9, 9, 9}},
+        {phase, 327.67, StoreOutcome::Exact, {1, 0x80, 9, 9}},
+        {phase, -327.68, StoreOutcome::Exact, {0, 0x80, 9, 9}},
+        {phase, 327.68, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
         {single, 3.4028235e38, StoreOutcome::Rounded, {0xFF, 0xFF, 0x7F, 0x7F}},
         {single, 3.4028236e38, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
         {single, -infinity, StoreOutcome::Exact, {0, 0, 0x80, 0xFF}},

@@ -21,7 +21,7 @@ public:
         : RecordBlock(selector == 0 ? 15500 : 15501, stopConversionOnError) {}
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockAnalogOutputCalibration* record) {
+    int setBlock(const HwSDatablockAnalogOutputCalibration* record) {
         return takeOver(record, "HwSDatablockAnalogOutputCalibration");
     }
 };

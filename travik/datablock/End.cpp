@@ -26,7 +26,9 @@ void HwDatablockEnd::setEndBlockData(unsigned short data) {
     bytes::store(image(), offsetof(HwSDatablockEnd, data), data);
 }
 
-int HwDatablockEnd::setBlock(HwSDatablockEnd* record) {
+int HwDatablockEnd::setBlock(const HwSDatablockEnd* record) {
+    if (!record)
+        return 1;
     setEndBlockID(record->id);
     setEndBlockData(record->data);
     return 0;

@@ -2,6 +2,7 @@
 
 #include <travik/datablock/HwDatablock.h>
 
+#include <concepts>
 #include <string_view>
 
 namespace Travik {
@@ -30,8 +31,8 @@ public:
     void setEndBlock();
     void setEndBlockID(unsigned short id);
     void setEndBlockData(unsigned short data);
-    /// Takes both words over; always 0.
-    int setBlock(HwSDatablockEnd* record);
+    /// Takes both words over: 0, or 1 and nothing done for null.
+    int setBlock(const HwSDatablockEnd* record);
 
     using HwDatablock::computeChecksum;
     using HwDatablock::verifyChecksum;
@@ -45,6 +46,11 @@ public:
 
     virtual unsigned short computeChecksum(unsigned short* record, short size);
     virtual bool verifyChecksum(unsigned short* record, short size);
+    /// A size of any other type, a plain number say, means the end block's own operation as well.
+    template <std::integral Size>
+    unsigned short computeChecksum(unsigned short* record, Size size) {
+        return computeChecksum(record, static_cast<short>(size));
+    }
 };
 
 } // namespace Travik

@@ -2,6 +2,8 @@
 #include <travik/datablock/HwDatablock.h>
 #include <travik/platform/ErrorManager.h>
 
+#include <atomic>
+
 namespace Travik {
 
 namespace {
@@ -13,15 +15,13 @@ constexpr CErrorManager::SErrorDefinition errorTable[] = {
     {-1, 0, 0, 0, "", "", ""},
 };
 
-bool errorsRegistered = false;
+std::atomic_flag errorsRegistered;
 
 } // namespace
 
 void HwDatablock::registerErrors() {
-    if (errorsRegistered)
-        return;
-    errorsRegistered = true;
-    ErrorManager()->registerErrors(errorTable, 16);
+    if (!errorsRegistered.test_and_set())
+        ErrorManager()->registerErrors(errorTable, 16);
 }
 
 void HwDatablock::signalError(int code, const char* name) {

@@ -89,8 +89,9 @@ double bitsValue(std::span<const char> image, const Field& field, std::size_t of
 double elementValue(std::span<const char> image, const Field& field, std::size_t offset) {
     if (!bytes::inside(image.size(), offset, field.width))
         return 0.0;
-    return (field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset)) * field.scale +
-           field.zero;
+    const double stored = field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset);
+    const bool staysNegative = field.keepsLowest() && stored == field.lowestStored();
+    return (staysNegative ? -stored : stored) * field.scale + field.zero;
 }
 
 // Elements of one type that follow each other: what nearly all fields are.
@@ -137,7 +138,7 @@ bool equalFields(std::span<const char> left, std::span<const char> right, std::s
         const unsigned int count = field.elements();
         for (unsigned int i = 0; i < count; ++i) {
             const std::size_t offset = field.elementOffset(i);
-            const bool equal = field.isFloating()
+            const bool equal = field.isFloating() && field.stored != Stored::F80
                                    ? storedValue(left, field, offset) == storedValue(right, field, offset)
                                    : std::ranges::equal(bytes::part(left, offset, field.width),
                                                         bytes::part(right, offset, field.width));
@@ -157,7 +158,7 @@ double fieldValue(std::span<const char> image, const Field& field, std::span<con
 }
 
 void fieldValues(std::span<const char> image, const Field& field, std::span<double> values) {
-    if (field.bits == 0 && isContiguous(field) &&
+    if (field.bits == 0 && !field.keepsLowest() && isContiguous(field) &&
         bytes::inside(image.size(), field.offset, values.size() * field.width)) {
         switch (field.stored) {
         case Stored::U8:
@@ -186,6 +187,8 @@ void fieldValues(std::span<const char> image, const Field& field, std::span<doub
 
 void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,
                  const std::function<void(const FieldValue&)>& visitor) {
+    if (!visitor)
+        return;
     for (const Field& field : fields) {
         std::array<unsigned int, Field::maxRank> index{};
         const auto visit = [&](const auto& self, unsigned int depth) -> void {

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string_view>
@@ -45,7 +46,8 @@ struct Dimension {
     int axisBlock = 0;
 };
 
-/// One field of a record. A value in its unit is (stored × scale + zero).
+/// One field of a record. A value in its unit is (stored × scale + zero). A negative scale negates in the width that is
+/// stored, as the block's class does: of the lowest number, which has no counterpart there, the sign stays.
 struct Field {
     static constexpr std::size_t maxRank = 4;
 
@@ -64,7 +66,19 @@ struct Field {
     unsigned char rank = 0; ///< number of dimensions; 0: a single value
     std::array<Dimension, maxRank> dimensions{};
 
-    constexpr bool isFloating() const { return stored == Stored::F32 || stored == Stored::F64; }
+    constexpr bool isFloating() const {
+        return stored == Stored::F32 || stored == Stored::F64 || stored == Stored::F80;
+    }
+    /// Whether the field stores signed integers negated: then the lowest of them, which has no negative in its bits,
+    /// stands for itself, as the classes have it.
+    constexpr bool keepsLowest() const {
+        const bool isInteger = stored == Stored::I8 || stored == Stored::I16 || stored == Stored::I32;
+        return scale < 0 && (bits > 0 ? isSigned : isInteger);
+    }
+    /// The lowest stored number of a field of signed integers.
+    double lowestStored() const {
+        return -static_cast<double>(std::uint64_t{1} << ((bits > 0 ? bits : 8 * width) - 1));
+    }
 
     unsigned int elements() const {
         unsigned int product = 1;
@@ -116,7 +130,8 @@ TRAVIK_DATABLOCK_EXPORT void fieldValues(std::span<const char> image, const Fiel
 TRAVIK_DATABLOCK_EXPORT bool equalFields(std::span<const char> left, std::span<const char> right,
                                          std::span<const Field> fields);
 
-/// Hands out every value of an image in list order, rows before columns. The image may end anywhere.
+/// Hands out every value of an image in list order, rows before columns. The image may end anywhere; an empty visitor
+/// gets nothing.
 TRAVIK_DATABLOCK_EXPORT void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,
                                          const std::function<void(const FieldValue&)>& visitor);
 

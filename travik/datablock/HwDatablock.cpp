@@ -56,6 +56,8 @@ unsigned short HwDatablock::computeChecksum() {
 }
 
 unsigned short HwDatablock::computeChecksum(unsigned short* record, unsigned short size) {
+    if (!record)
+        return 0;
     if (size % 2 != 0)
         complainOfOddSize();
     // Taken out of the sum instead of out of the record: the caller's memory may be read-only.
@@ -77,7 +79,7 @@ bool HwDatablock::verifyChecksum() {
 }
 
 bool HwDatablock::verifyChecksum(unsigned short* record, unsigned short size, bool /*flag*/) {
-    const bool holds = sum16(record, size) == 0;
+    const bool holds = record ? sum16(record, size) == 0 : size < sizeof *record;
     if (!holds)
         reportWrongChecksum();
     return holds;
@@ -89,7 +91,9 @@ unsigned int HwDatablock::computeChecksum32() {
     return blockCrc32(data_.data(), std::min<std::size_t>(getBlockSize(), data_.size()));
 }
 
-unsigned int HwDatablock::computeChecksum32(unsigned char* bytes, unsigned int size) { return blockCrc32(bytes, size); }
+unsigned int HwDatablock::computeChecksum32(unsigned char* bytes, unsigned int size) {
+    return bytes ? blockCrc32(bytes, size) : 0;
+}
 
 bool HwDatablock::verifyChecksum32() {
     const bool holds = getChecksum32() == computeChecksum32();
@@ -99,7 +103,7 @@ bool HwDatablock::verifyChecksum32() {
 }
 
 bool HwDatablock::verifyChecksum32(unsigned char* bytes, unsigned int size) {
-    const bool holds = getChecksum32() == computeChecksum32(bytes, size);
+    const bool holds = bytes && getChecksum32() == computeChecksum32(bytes, size);
     if (!holds)
         reportWrongChecksum();
     return holds;

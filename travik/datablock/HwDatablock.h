@@ -42,12 +42,13 @@ bool operator==(const Left&, const Right&) = delete;
 ///   it. Only `setData` from raw bytes makes it private.
 /// - Header getters answer 0 where the buffer is too short for the word; setters do nothing there.
 /// - Setters of identifier, size and alignment, and every setter of a concrete block, refresh the stored checksum.
-/// - Nothing throws, but for an allocation that fails.
+/// - Nothing throws, but for an allocation that fails, and a stream where its exception mask asks for it, once a print.
 /// - A block, and every block that shares its buffer, is used from one thread at a time.
 ///
 /// Concrete blocks add `getBlock()` (the buffer as their typed record; only a buffer at least as long as the record may
 /// be read through it), `setBlock(record)` (takes a whole record over: 0, or 1 when its checksum is wrong, which is
-/// signalled as error 1040001 and leaves the block unchanged) and typed accessors.
+/// signalled as error 1040001 and leaves the block unchanged) and typed accessors. A null record is refused as one with
+/// a wrong checksum is, with 1 by classes that refuse no other; `swapBlock` does nothing for it.
 class TRAVIK_DATABLOCK_EXPORT HwDatablock : public HwObject {
 public:
     /// An 8-byte image: identifier 0, size 8, checksum 0, alignment 0. The flag is stored for a caller that converts a
@@ -59,7 +60,7 @@ public:
 
     /// The checksum of the block's own image. Leaves the stored checksum word 0: callers store the result.
     virtual unsigned short computeChecksum();
-    /// The checksum of a record of `size` bytes in the caller's memory, its checksum word taken as 0.
+    /// The checksum of a record of `size` bytes in the caller's memory, its checksum word taken as 0. Null: 0.
     virtual unsigned short computeChecksum(unsigned short* record, unsigned short size);
 
     virtual unsigned short getId();
@@ -82,7 +83,8 @@ public:
     /// Whether the block's own image sums to 0. A size word of 0 fails; size 1 or 0x8000 and above passes unread. A
     /// size beyond the buffer is bounded by the buffer. A failure is a debug line, not an error.
     virtual bool verifyChecksum();
-    /// Whether a record of `size` bytes in the caller's memory sums to 0. The flag has no effect.
+    /// Whether a record of `size` bytes in the caller's memory sums to 0; one of less than a word does, and null has no
+    /// more than that. The flag has no effect.
     virtual bool verifyChecksum(unsigned short* record, unsigned short size, bool flag);
 
     virtual void setBlockId(unsigned short id);
@@ -116,15 +118,17 @@ public:
     unsigned int getChecksum32();
     /// The CRC-32 of the block's image, whatever byte order it is in: all but offsets 4 to 11.
     unsigned int computeChecksum32();
-    /// The same of the caller's bytes; 0 for none.
+    /// The same of the caller's bytes; 0 for none and for null.
     unsigned int computeChecksum32(unsigned char* bytes, unsigned int size);
     /// Whether the stored CRC-32 matches the image.
     bool verifyChecksum32();
-    /// Compares the CRC-32 of the caller's bytes with the one stored in this block, not with one in those bytes.
+    /// Compares the CRC-32 of the caller's bytes with the one stored in this block, not with one in those bytes. Null
+    /// bytes: false.
     bool verifyChecksum32(unsigned char* bytes, unsigned int size);
 
     /// Brings the block, which is `id`, into the wanted format. Does nothing for a block that is in it already, carries
-    /// a CRC-32 that matches, or is of a kind that is not converted. Of the block it is called on it uses nothing.
+    /// a CRC-32 that matches, or is of a kind that is not converted, nor for null. Of the block it is called on it uses
+    /// nothing.
     void swapDataTo(HwEDataFormatTyp format, unsigned short id, HwDatablock* block);
 
     /// Conversion of one value between host and firmware order; the identity on this library's little-endian hosts.

@@ -50,8 +50,8 @@ QString HwObject::getClassName(const QString& prefix) {
            (object ? QString::fromLatin1(object->metaObject()->className()) : QStringLiteral("<no QObject class>"));
 }
 
-int HwDebug::lastClass = HwProtocolTypeAllTypes;
-int HwDebug::lastLevel = HwProtocolLevelDebug;
+constinit std::atomic<int> HwDebug::lastClass = HwProtocolTypeAllTypes;
+constinit std::atomic<int> HwDebug::lastLevel = HwProtocolLevelDebug;
 
 void HwDebug::init() {
     Debug::initDebug();
@@ -66,8 +66,8 @@ void HwDebug::setDebugMask(int mask) { Debug::enableMessageClassType(thisModule,
 void HwDebug::setDebugLevel(int level) { Debug::setClippingLevel(thisModule, level); }
 
 bool HwDebug::checkOutput(int cls, int level) {
-    lastClass = cls;
-    lastLevel = level;
+    lastClass.store(cls, std::memory_order_relaxed);
+    lastLevel.store(level, std::memory_order_relaxed);
     return Debug::isActive(thisModule, level, cls);
 }
 
@@ -76,7 +76,7 @@ void HwDebug::println(int cls, int level, const QString& text) {
         Debug::println(thisModule, cls, QString::fromLatin1(text.toLatin1()), level, 0, nullptr, -1);
 }
 
-void HwDebug::println(const QString& text) { println(lastClass, lastLevel, text); }
+void HwDebug::println(const QString& text) { println(getLastClass(), getLastLevel(), text); }
 
 void HwDebug::srvExtFileOutput(const char* text) {
     QFile file(QStringLiteral("/tmp/SrvExt.log"));

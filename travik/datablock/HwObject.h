@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <atomic>
+
 namespace Travik {
 
 /// The root of every block: gives it debug lines with a class (which subsystem a line concerns) and a level (how severe
@@ -13,30 +15,26 @@ namespace Travik {
 /// then build the text and write it with `dbgout(text)`, which uses what was recorded.
 class TRAVIK_DATABLOCK_EXPORT HwObject {
 public:
-    enum : int {
-        HwProtocolLevelCritical = 0,
-        HwProtocolLevelError = 1,
-        HwProtocolLevelWarning = 2,
-        HwProtocolLevelInfo = 3,
-        HwProtocolLevelTrace = 4,
-        HwProtocolLevelDebug = 5
-    };
+    static constexpr int HwProtocolLevelCritical = 0;
+    static constexpr int HwProtocolLevelError = 1;
+    static constexpr int HwProtocolLevelWarning = 2;
+    static constexpr int HwProtocolLevelInfo = 3;
+    static constexpr int HwProtocolLevelTrace = 4;
+    static constexpr int HwProtocolLevelDebug = 5;
 
-    enum : int {
-        HwProtocolTypeAllTypes = -1, ///< stands for every class
-        HwProtocolTypeDriverAccess = 0,
-        HwProtocolTypeHardwareAccess = 1,
-        HwProtocolTypeJtag = 2,
-        HwProtocolTypeRepository = 3,
-        HwProtocolTypeSpi = 4,
-        HwProtocolTypeMicroController = 5,
-        HwProtocolTypeSerialBus = 6,
-        HwProtocolTypeTimer = 7,
-        HwProtocolTypeEeprom = 8,
-        HwProtocolTypeJamPlayer = 9,
-        HwProtocolTypeInterrupt = 10,
-        HwProtocolTypeDiagnose = 12
-    };
+    static constexpr int HwProtocolTypeAllTypes = -1; ///< stands for every class
+    static constexpr int HwProtocolTypeDriverAccess = 0;
+    static constexpr int HwProtocolTypeHardwareAccess = 1;
+    static constexpr int HwProtocolTypeJtag = 2;
+    static constexpr int HwProtocolTypeRepository = 3;
+    static constexpr int HwProtocolTypeSpi = 4;
+    static constexpr int HwProtocolTypeMicroController = 5;
+    static constexpr int HwProtocolTypeSerialBus = 6;
+    static constexpr int HwProtocolTypeTimer = 7;
+    static constexpr int HwProtocolTypeEeprom = 8;
+    static constexpr int HwProtocolTypeJamPlayer = 9;
+    static constexpr int HwProtocolTypeInterrupt = 10;
+    static constexpr int HwProtocolTypeDiagnose = 12;
 
     /// The levels' texts, 20 characters each, by value; a null entry ends the array.
     static const char* levelDisplayStr[7];
@@ -66,8 +64,10 @@ public:
     QString getClassName(const QString& prefix);
 };
 
-/// The thin layer between the blocks and the debug service. Its last class and level are shared by the whole process
-/// and not locked.
+/// The thin layer between the blocks and the debug service.
+///
+/// Its last class and level are the whole process's: a line may come out with those that another thread has recorded in
+/// between. They may be recorded and read from any thread.
 class TRAVIK_DATABLOCK_EXPORT HwDebug : public HwObject {
 public:
     /// Starts the debug service and gives it the display texts. Called once by the user of the library.
@@ -83,16 +83,16 @@ public:
     /// Records class and level, and writes the line where the service shows it.
     static void println(int cls, int level, const QString& text);
     static void println(const QString& text);
-    static int getLastClass() { return lastClass; }
-    static int getLastLevel() { return lastLevel; }
+    static int getLastClass() { return lastClass.load(std::memory_order_relaxed); }
+    static int getLastLevel() { return lastLevel.load(std::memory_order_relaxed); }
 
     /// Appends "yyyy-MM-dd; hh:mm -- text", CR and LF to the service log file "/tmp/SrvExt.log". A file that cannot be
     /// opened is passed over.
     static void srvExtFileOutput(const char* text);
 
 private:
-    static int lastClass;
-    static int lastLevel;
+    static std::atomic<int> lastClass;
+    static std::atomic<int> lastLevel;
 };
 
 } // namespace Travik

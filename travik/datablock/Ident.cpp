@@ -40,11 +40,11 @@ void IdentBlock::printIdentity(TextWriter& out, std::string_view behindName) con
 
 HwDatablockIdent::HwDatablockIdent() : IdentBlock(identId, true) {}
 
-int HwDatablockIdent::setBlock(HwSDatablockIdent* record) {
+int HwDatablockIdent::setBlock(const HwSDatablockIdent* record) {
     return takeOver(record, "HwDatablockIdent", headerOf(record).alignment, [&] { trimName(); });
 }
 
-void HwDatablockIdent::swapBlock(HwSDatablockIdent* record) {
+void HwDatablockIdent::swapBlock(const HwSDatablockIdent* record) {
     restore(record, headerOf(record).alignment, [&] { trimName(); });
 }
 

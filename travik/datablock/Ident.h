@@ -79,9 +79,9 @@ public:
     HwDatablockIdent();
 
     /// Takes a record over, its alignment word included: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockIdent* record);
+    int setBlock(const HwSDatablockIdent* record);
     /// Re-stores the block from a record of the other byte order, unchecked.
-    void swapBlock(HwSDatablockIdent* record);
+    void swapBlock(const HwSDatablockIdent* record);
     /// As `printIdentity` says, leaves the stream's fill character and adjustment changed.
     std::ostream& printToStream(std::ostream& os) override;
 };

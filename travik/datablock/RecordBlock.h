@@ -131,15 +131,16 @@ protected:
         return true;
     }
 
-    /// Whether a caller's record sums to 0.
+    /// Whether a caller's record sums to 0; null does not.
     bool verifyRecord(const Record* record) {
         return verifyChecksum(reinterpret_cast<unsigned short*>(const_cast<Record*>(record)), recordSize, true);
     }
 
-    /// The caller's header; his record may be unaligned.
+    /// The caller's header, zeros for null; his record may be unaligned.
     static HwSDatablockHeader headerOf(const Record* record) {
-        HwSDatablockHeader header;
-        std::memcpy(&header, record, sizeof header);
+        HwSDatablockHeader header{};
+        if (record)
+            std::memcpy(&header, record, sizeof header);
         return header;
     }
 
@@ -189,8 +190,11 @@ protected:
     }
 
     /// Re-stores the block from a record of the other byte order, unchecked; size and checksum words are the record's.
+    /// Null does nothing.
     template <class Adapt>
     void restore(const Record* record, unsigned short alignment, Adapt adapt) {
+        if (!record)
+            return;
         const HwSDatablockHeader header = headerOf(record);
         storeHeader(header.id, header.blockSize, alignment);
         copyFields(record);

@@ -50,9 +50,15 @@ consteval std::size_t memberOffset() {
     return offset;
 }
 
+/// Whether there is a `Stored` for the type.
+template <class T>
+inline constexpr bool isStorable = std::is_same_v<T, float> || std::is_same_v<T, double> ||
+                                   (std::is_integral_v<T> && sizeof(T) <= sizeof(int));
+
 template <class T>
 consteval Stored storedAs() {
     static_assert(std::is_arithmetic_v<T>, "an entry that is a struct is listed with `entries`");
+    static_assert(isStorable<T>, "a field is an integer of up to 32 bits, a float or a double");
     if constexpr (std::is_same_v<T, char>)
         return Stored::I8; // whatever the host makes of a plain char
     else if constexpr (std::is_floating_point_v<T>)

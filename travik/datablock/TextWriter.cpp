@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <locale>
 #include <ostream>
 
 namespace Travik {
@@ -87,9 +88,17 @@ char* detail::appendFixed(char* out, double value, unsigned int decimals) {
 }
 
 TextWriter::TextWriter(std::ostream& os)
-    : os_(os), buffer_(std::make_unique_for_overwrite<char[]>(initialCapacity)), capacity_(initialCapacity) {}
+    : failures_(os), os_(os), buffer_(std::make_unique_for_overwrite<char[]>(initialCapacity)),
+      capacity_(initialCapacity) {
+    os.width(0);
+    try {
+        if (os.tie())
+            os.tie()->flush();
+    } catch (...) { // kept in the state of that stream
+    }
+}
 
-TextWriter::~TextWriter() { write(); }
+TextWriter::~TextWriter() noexcept(false) { write((os_.flags() & std::ios_base::unitbuf) != 0); }
 
 void TextWriter::grow(std::size_t length) {
     const std::size_t grown = std::max(2 * capacity_, used_ + length);
@@ -159,36 +168,54 @@ TextWriter& TextWriter::general(double value) {
     return *this;
 }
 
-TextWriter& TextWriter::current(double value) {
-    std::ostream& os = stream();
-    os.width(0);
-    os << value;
+// As the stream's own `<<` prints it, but for the stream's guard: with unitbuf set, that flushes where it may not
+// throw.
+template <class Number>
+TextWriter& TextWriter::inCurrentFormat(Number value) {
+    write(false);
+    os_.width(0);
+    send([&] {
+        using Put = std::num_put<char>;
+        return !std::use_facet<Put>(os_.getloc()).put(Put::iter_type(os_), os_, os_.fill(), value).failed();
+    });
     return *this;
 }
 
-TextWriter& TextWriter::current(long double value) {
-    std::ostream& os = stream();
-    os.width(0);
-    os << value;
-    return *this;
-}
+TextWriter& TextWriter::current(double value) { return inCurrentFormat(value); }
+
+TextWriter& TextWriter::current(long double value) { return inCurrentFormat(value); }
 
 TextWriter& TextWriter::endLine() {
     *this << '\n';
-    write();
-    os_.flush();
+    write(true);
     return *this;
 }
 
 std::ostream& TextWriter::stream() {
-    write();
+    write(false);
     return os_;
 }
 
-void TextWriter::write() {
-    if (used_ > 0)
-        os_.write(buffer_.get(), static_cast<std::streamsize>(used_));
+// Straight to the buffer of the stream, of which anything can come.
+template <class Output>
+void TextWriter::send(Output output) noexcept {
+    if (!os_.good())
+        return;
+    try {
+        if (output())
+            return;
+    } catch (...) {
+    }
+    os_.setstate(std::ios_base::badbit);
+}
+
+void TextWriter::write(bool flush) noexcept {
+    const auto length = static_cast<std::streamsize>(used_);
     used_ = 0;
+    send([&] {
+        std::streambuf& sink = *os_.rdbuf();
+        return (length == 0 || sink.sputn(buffer_.get(), length) == length) && (!flush || sink.pubsync() != -1);
+    });
 }
 
 } // namespace Travik

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <travik/datablock/Export.h>
+#include <travik/datablock/HeldFailures.h>
 #include <travik/datablock/Latin1.h>
 
 #include <concepts>
@@ -12,14 +13,18 @@ namespace Travik {
 
 /// Composes the text of a block line by line: a line is put together in memory, written once and flushed. What the
 /// stream was left with by an earlier block (fill, width, base, precision, locale) changes nothing, other than for
-/// `current`.
+/// `current`; a width is used up, as by any other output.
+///
+/// Where the stream fails, or its buffer throws, the failure is kept in the stream's state and the rest of the text is
+/// dropped. What the stream's exception mask asks for is thrown once, by the destructor.
 class TRAVIK_DATABLOCK_EXPORT TextWriter {
 public:
     explicit TextWriter(std::ostream& os);
     TextWriter(const TextWriter&) = delete;
     TextWriter& operator=(const TextWriter&) = delete;
-    /// A line that was begun but not ended is written as it stands.
-    ~TextWriter();
+    /// A line that was begun but not ended is written as it stands. Throws as the stream's exception mask says, but
+    /// never while another exception is under way.
+    ~TextWriter() noexcept(false);
 
     TextWriter& operator<<(std::string_view text);
     TextWriter& operator<<(char character) {
@@ -64,6 +69,7 @@ public:
     std::ostream& stream();
 
 private:
+    HeldFailures failures_;
     std::ostream& os_;
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_;
@@ -77,7 +83,11 @@ private:
     void grow(std::size_t length);
     TextWriter& decimal(bool negative, unsigned long long magnitude);
     void padded(unsigned int value, unsigned int width, char fill);
-    void write();
+    template <class Number>
+    TextWriter& inCurrentFormat(Number value);
+    template <class Output>
+    void send(Output output) noexcept;
+    void write(bool flush) noexcept;
 };
 
 /// How many entries of a table a print goes through at most. No image holds more bytes than that; a count that says so

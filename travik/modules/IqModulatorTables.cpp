@@ -94,7 +94,7 @@ unsigned short HwDatablockIqOp3RfmCalibDataMisc::pmaxOf(unsigned int bz) const {
     return lowBits(get<&Record::pmaxBz>(bz));
 }
 
-int HwDatablockIqOp3RfmCalibDataMisc::setBlock(HwSDatablockIqOp3RfmCalibDataMisc* record) {
+int HwDatablockIqOp3RfmCalibDataMisc::setBlock(const HwSDatablockIqOp3RfmCalibDataMisc* record) {
     return takeOver(record, "HwDatablockIqOp3RfmCalibDataMisc", 0, [this] {
         for (unsigned int bz = 0; bz < std::extent_v<decltype(Record::pmaxBz)>; ++bz)
             put<&Record::pmaxBz>(static_cast<float>(pmaxOf(bz)), bz);

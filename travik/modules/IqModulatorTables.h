@@ -190,7 +190,7 @@ protected:
     int takeTableOver(const R* record, unsigned short id, const char* errorName) {
         R reference{};
         reference.id = id;
-        if (!this->verifyRecord(record) && !(*record == reference)) {
+        if (!this->verifyRecord(record) && !(record && *record == reference)) {
             this->signalError(DownloadDenied, errorName);
             return 1;
         }
@@ -213,7 +213,7 @@ public:
     void setCutOffFrequency(int hertz, unsigned char filter) { set<&Record::cutOffFrequency>(hertz, filter); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockIqOp3RfmHarmonic* record) { return takeOver(record, "HwDatablockIqOp3RfmHarmonic"); }
+    int setBlock(const HwSDatablockIqOp3RfmHarmonic* record) { return takeOver(record, "HwDatablockIqOp3RfmHarmonic"); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -257,7 +257,7 @@ public:
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong. Stores of each maximum output power
     /// its code, and the record's checksum all the same.
-    int setBlock(HwSDatablockIqOp3RfmCalibDataMisc* record);
+    int setBlock(const HwSDatablockIqOp3RfmCalibDataMisc* record);
     std::ostream& printToStream(std::ostream& os) override;
 
 private:
@@ -281,7 +281,7 @@ public:
     void setFrequencyValue(unsigned int frequency, unsigned short point) { set<&Record::frequency>(frequency, point); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockIqOp3RfmCalibDataFreq* record) {
+    int setBlock(const HwSDatablockIqOp3RfmCalibDataFreq* record) {
         return takeOver(record, "HwDatablockIqOp3RfmCalibDataFreq");
     }
     std::ostream& printToStream(std::ostream& os) override;
@@ -309,7 +309,7 @@ public:
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong and it is not the record of identifier
     /// 10303 that is zero elsewhere.
-    int setBlock(HwSDatablockIqOp3RfmCalibData* record) {
+    int setBlock(const HwSDatablockIqOp3RfmCalibData* record) {
         return takeTableOver(record, firstId, "HwSDatablockIqOp3RfmCalibData");
     }
     std::ostream& printToStream(std::ostream& os) override;

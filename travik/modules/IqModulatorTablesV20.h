@@ -195,7 +195,7 @@ public:
     void setDetattOvr(short value) { set<&Record::detattOvr>(value); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockIqOp3RfmCalibDataMiscV20* record) {
+    int setBlock(const HwSDatablockIqOp3RfmCalibDataMiscV20* record) {
         return takeOver(record, "HwDatablockIqOp3RfmCalibDataMiscV20");
     }
     std::ostream& printToStream(std::ostream& os) override;
@@ -212,7 +212,7 @@ public:
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong and it is not the record of identifier
     /// 10316 that is zero elsewhere.
-    int setBlock(HwSDatablockIqOp3RfmCalibDataV20* record) {
+    int setBlock(const HwSDatablockIqOp3RfmCalibDataV20* record) {
         return takeTableOver(record, ownId, "HwSDatablockIqOp3RfmCalibDataV20");
     }
     /// Prints numbers with the stream's precision, in general notation; the stream's format flags are as before.

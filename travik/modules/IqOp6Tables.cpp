@@ -25,7 +25,7 @@ constexpr HeadLayout dataHead{.comments = dataLines, .id = "ID:                 
 
 } // namespace
 
-int HwDatablockIqOp6PmaxBz::setBlock(HwSDatablockIqOp6PmaxBz* record) {
+int HwDatablockIqOp6PmaxBz::setBlock(const HwSDatablockIqOp6PmaxBz* record) {
     return takeOver(record, "HwDatablockIqOp6PmaxBz", 0, [this] { put<&Record::count>(getNumberOfPmax() & 0xFFFFU); });
 }
 
@@ -36,7 +36,7 @@ std::ostream& HwDatablockIqOp6PmaxBz::printToStream(std::ostream& os) {
     return os;
 }
 
-int HwDatablockIqOp6CalibDataFreq::setBlock(HwSDatablockIqOp6CalibDataFreq* record) {
+int HwDatablockIqOp6CalibDataFreq::setBlock(const HwSDatablockIqOp6CalibDataFreq* record) {
     return takeOver(record, "HwDatablockIqOp6CalibDataFreq", 0,
                     [this] { put<&Record::count>(getNumberOfFrequency() & 0xFFFFU); });
 }

@@ -66,7 +66,7 @@ public:
     void setPmaxBz(short level, unsigned char bz) { set<&Record::pmaxBz>(static_cast<signed char>(level), bz); }
 
     /// Takes a record over, of its count the low 16 bits: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockIqOp6PmaxBz* record);
+    int setBlock(const HwSDatablockIqOp6PmaxBz* record);
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -87,7 +87,7 @@ public:
     void setFrequencyValue(unsigned short megahertz, unsigned char point) { set<&Record::frequency>(megahertz, point); }
 
     /// Takes a record over, of its count the low 16 bits: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockIqOp6CalibDataFreq* record);
+    int setBlock(const HwSDatablockIqOp6CalibDataFreq* record);
     std::ostream& printToStream(std::ostream& os) override;
 
 private:
@@ -120,7 +120,7 @@ public:
     }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockIqOp6CalibData* record) { return takeOver(record, "HwDatablockIqOp6CalibData"); }
+    int setBlock(const HwSDatablockIqOp6CalibData* record) { return takeOver(record, "HwDatablockIqOp6CalibData"); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 

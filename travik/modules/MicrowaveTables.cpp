@@ -25,7 +25,7 @@ constexpr unsigned int countMask = 0xFFFF; // the matrices' counts are set as 16
 // Matrices
 
 template <class R>
-int LevelMatrixBlock<R>::setBlock(R* record) {
+int LevelMatrixBlock<R>::setBlock(const R* record) {
     const int result = this->takeOver(record, kind.errorName, 0, [this] {
         this->template put<&R::numberOfPoints>(pointCount() & countMask);
         this->template put<&R::numberOfLevelSteps>(getNumberOfLevelSteps() & countMask);
@@ -70,7 +70,7 @@ double MicrowaveFrequencyBlock<R>::getFrequencyValue(unsigned int point) const {
 }
 
 template <class R>
-int MicrowaveFrequencyBlock<R>::setBlock(R* record) {
+int MicrowaveFrequencyBlock<R>::setBlock(const R* record) {
     const int result = this->takeOver(record, kind.errorName);
     if (result == 0 && !kind.keepsRecordChecksum)
         this->refreshChecksum();
@@ -91,7 +91,7 @@ template class MicrowaveFrequencyBlock<HwSDatablockPokMwIfExtLevCalDataFreq>;
 
 // Absolute corrections
 
-int HwDatablockPokMwIfExtLevCalDataAbsCorr::setBlock(HwSDatablockPokMwIfExtLevCalDataAbsCorr* record) {
+int HwDatablockPokMwIfExtLevCalDataAbsCorr::setBlock(const HwSDatablockPokMwIfExtLevCalDataAbsCorr* record) {
     const int result = takeOver(record, "HwDatablockPokMwIfExtLevCalDataAbsCorr");
     if (result == 0)
         refreshChecksum();

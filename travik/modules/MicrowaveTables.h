@@ -159,7 +159,7 @@ public:
 
     /// Takes a record over, of its counts the low 16 bits, and stores a new checksum: 0, or 1 and error 1040001 when
     /// the record's checksum is wrong. The checksum of a block of 60016 bytes is 0.
-    int setBlock(R* record);
+    int setBlock(const R* record);
     std::ostream& printToStream(std::ostream& os) override;
 
 protected:
@@ -190,7 +190,7 @@ public:
     }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(R* record);
+    int setBlock(const R* record);
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -282,7 +282,7 @@ public:
     }
 
     /// Takes a record over and stores a new checksum: 0, or 1 and error 1040001 when the record's checksum is wrong.
-    int setBlock(HwSDatablockPokMwIfExtLevCalDataAbsCorr* record);
+    int setBlock(const HwSDatablockPokMwIfExtLevCalDataAbsCorr* record);
     std::ostream& printToStream(std::ostream& os) override;
 };
 

@@ -78,7 +78,7 @@ public:
     void setOpuDblCoefficient(double coefficient, unsigned char index) { storeValue(coefficient, index); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockSsynOpuDblCoefficient* record) {
+    int setBlock(const HwSDatablockSsynOpuDblCoefficient* record) {
         return takeValuesOver(record, "HwDatablockSsynOpuDblCoefficient");
     }
     std::ostream& printToStream(std::ostream& os) override;
@@ -96,7 +96,9 @@ public:
     void setOpuLevelFreq(double frequency, unsigned char index) { storeValue(frequency, index); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockSsynOpuLevelFreq* record) { return takeValuesOver(record, "HwDatablockSsynOpuLevelFreq"); }
+    int setBlock(const HwSDatablockSsynOpuLevelFreq* record) {
+        return takeValuesOver(record, "HwDatablockSsynOpuLevelFreq");
+    }
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -112,7 +114,7 @@ public:
     void setOpuLevel(unsigned int millivolts, unsigned char index) { storeValue(millivolts, index); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockSsynOpuLevel* record) { return takeValuesOver(record, "HwDatablockSsynOpuLevel"); }
+    int setBlock(const HwSDatablockSsynOpuLevel* record) { return takeValuesOver(record, "HwDatablockSsynOpuLevel"); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 

@@ -31,7 +31,7 @@ int ReferenceOscillatorBlock<R>::setOcxoRefCalValue(int value, unsigned char ind
 }
 
 template <class R>
-int ReferenceOscillatorBlock<R>::setBlock(R* record) {
+int ReferenceOscillatorBlock<R>::setBlock(const R* record) {
     const HwSDatablockHeader header = this->headerOf(record);
     const bool tolerated =
         kind.tolerant && header.id == kind.id && header.blockSize == sizeof(R) && header.alignment == 0;

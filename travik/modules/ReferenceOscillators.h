@@ -77,7 +77,7 @@ public:
 
     /// Takes a record over, of its count the low 8 bits: 0, or 1 and error 1040001 when its checksum is wrong. What is
     /// different on the SSYN board, see `ReferenceOscillatorKind::tolerant`.
-    int setBlock(R* record);
+    int setBlock(const R* record);
     std::ostream& printToStream(std::ostream& os) override;
 
 private:

@@ -16,6 +16,7 @@ public:
         .id = 11305, .key = "SATT_TEMP_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockSAttCTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockSAttCTempFreq = HwDatablockSAttCTempFreq::Record;
 
 /// Temperature compensation: four rows of gradients at the points of 11305.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockSAttCTempGradient : public HwDatablockBaseTemplate<int, double, 4, 50> {
@@ -23,6 +24,7 @@ public:
     static constexpr TableSpec table{.id = 11306, .key = "SATT_TEMP_GRADIENT", .columnAxis = 11305};
     explicit HwDatablockSAttCTempGradient(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockSAttCTempGradient = HwDatablockSAttCTempGradient::Record;
 
 /// Temperature compensation: four rows of offsets at the points of 11305.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockSAttCTempOffset : public HwDatablockBaseTemplate<int, double, 4, 50> {
@@ -30,5 +32,6 @@ public:
     static constexpr TableSpec table{.id = 11307, .key = "SATT_TEMP_OFFSET", .columnAxis = 11305};
     explicit HwDatablockSAttCTempOffset(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockSAttCTempOffset = HwDatablockSAttCTempOffset::Record;
 
 } // namespace Travik

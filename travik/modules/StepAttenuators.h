@@ -108,7 +108,7 @@ public:
     }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(R* record) { return this->takeOver(record, kind.errorName); }
+    int setBlock(const R* record) { return this->takeOver(record, kind.errorName); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -129,7 +129,7 @@ public:
     }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(R* record) { return this->takeOver(record, kind.errorName); }
+    int setBlock(const R* record) { return this->takeOver(record, kind.errorName); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -154,7 +154,7 @@ public:
     }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(R* record) { return this->takeOver(record, kind.errorName); }
+    int setBlock(const R* record) { return this->takeOver(record, kind.errorName); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 

@@ -17,7 +17,7 @@ std::string_view HwDatablockMiscIdent::keyOf(int id) {
 HwDatablockMiscIdent::HwDatablockMiscIdent(HwEVariantEepromDatablock variant)
     : IdentBlock(static_cast<unsigned short>(variant), true), variant_(variant) {}
 
-int HwDatablockMiscIdent::setBlock(HwSDatablockMiscIdent* record) {
+int HwDatablockMiscIdent::setBlock(const HwSDatablockMiscIdent* record) {
     return takeOver(record, "HwDatablockMiscIdent", 0, [&] { trimName(); });
 }
 
@@ -59,11 +59,11 @@ void HwDatablockMbrdModel::setModel(const QString& model) { storeText<&Record::m
 
 void HwDatablockMbrdModel::trimModel() { putText<&Record::model>(loadText<&Record::model>(), longestModel); }
 
-int HwDatablockMbrdModel::setBlock(HwSDatablockMbrdModel* record) {
+int HwDatablockMbrdModel::setBlock(const HwSDatablockMbrdModel* record) {
     return takeOver(record, "HwDatablockMbrdModel", 0, [&] { trimModel(); });
 }
 
-void HwDatablockMbrdModel::swapBlock(HwSDatablockMbrdModel* record) {
+void HwDatablockMbrdModel::swapBlock(const HwSDatablockMbrdModel* record) {
     restore(record, 0, [&] { trimModel(); });
 }
 
@@ -98,7 +98,7 @@ void HwDatablockMbrdMac::setMac(const unsigned char* mac, unsigned int length) {
         put<&Record::mac>(0xFF, i);
 }
 
-int HwDatablockMbrdMac::setBlock(HwSDatablockMbrdMac* record) {
+int HwDatablockMbrdMac::setBlock(const HwSDatablockMbrdMac* record) {
     const HwSDatablockHeader header = headerOf(record);
     if (!verifyRecord(record) || header.id != macId || header.blockSize != recordSize) {
         signalError(InvalidChecksum, "HwSDatablockMbrdMac");
@@ -137,7 +137,7 @@ void HwDatablockMbrdTimeMonitoringData::setTimeMonitoringData(const unsigned cha
         put<&Record::data>(0xFF, i);
 }
 
-int HwDatablockMbrdTimeMonitoringData::setBlock(HwSDatablockMbrdTimeMonitoringDataEx* record) {
+int HwDatablockMbrdTimeMonitoringData::setBlock(const HwSDatablockMbrdTimeMonitoringDataEx* record) {
     const HwSDatablockHeader header = headerOf(record);
     if (!verifyRecord(record) || header.id != timeMonitoringId || header.blockSize != recordSize) {
         signalError(InvalidChecksum, "HwSDatablockMbrdTimeMonitoringData");

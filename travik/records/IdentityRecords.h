@@ -45,6 +45,7 @@ struct HwSDatablockMbrdTimeMonitoringDataEx : HwSDatablockHeader {
     unsigned int length; ///< bytes of data in use
     unsigned char data[128];
 };
+using HwSDatablockMbrdTimeMonitoringData = HwSDatablockMbrdTimeMonitoringDataEx;
 #pragma pack(pop)
 static_assert(sizeof(HwSDatablockMiscIdent) == 44);
 static_assert(sizeof(HwSDatablockCwop6VcoIdent) == 28);
@@ -101,7 +102,7 @@ public:
 
     HwSDatablockMiscIdent* getBlock() { return reinterpret_cast<HwSDatablockMiscIdent*>(getData()); }
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockMiscIdent* record);
+    int setBlock(const HwSDatablockMiscIdent* record);
     /// Leaves the stream's fill character at "0" and its adjustment at right, as the ident block does.
     std::ostream& printToStream(std::ostream& os) override;
 
@@ -138,7 +139,7 @@ public:
     void setOsc1Subh(unsigned short word) { set<&Record::osc1Subh>(word); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockCwop6VcoIdent* record) { return takeOver(record, "HwDatablockCwop6VcoIdent"); }
+    int setBlock(const HwSDatablockCwop6VcoIdent* record) { return takeOver(record, "HwDatablockCwop6VcoIdent"); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -155,9 +156,11 @@ public:
     void setSerialNumber(unsigned int number) { set<&Record::serialNumber>(number); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockMbrdSerialNumber* record) { return takeOver(record, "HwSDatablockMbrdSerialNumber"); }
+    int setBlock(const HwSDatablockMbrdSerialNumber* record) {
+        return takeOver(record, "HwSDatablockMbrdSerialNumber");
+    }
     /// Re-stores the block from a record of the other byte order, unchecked.
-    void swapBlock(HwSDatablockMbrdSerialNumber* record) { restore(record); }
+    void swapBlock(const HwSDatablockMbrdSerialNumber* record) { restore(record); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -175,9 +178,9 @@ public:
     void setModel(const QString& model);
 
     /// Takes a record over, its name cut at 31 characters: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockMbrdModel* record);
+    int setBlock(const HwSDatablockMbrdModel* record);
     /// Re-stores the block from a record of the other byte order, unchecked, its name cut at 31 characters.
-    void swapBlock(HwSDatablockMbrdModel* record);
+    void swapBlock(const HwSDatablockMbrdModel* record);
     std::ostream& printToStream(std::ostream& os) override;
 
 private:
@@ -201,7 +204,7 @@ public:
 
     /// Takes alignment, all 16 address bytes (the length becomes 16) and the checksum word over: 0, or 1040000, which
     /// is also signalled, when its checksum is wrong or identifier and size are not 12004 and 256.
-    int setBlock(HwSDatablockMbrdMac* record);
+    int setBlock(const HwSDatablockMbrdMac* record);
 };
 
 /// The main board's time monitoring record. Prints nothing.
@@ -227,7 +230,7 @@ public:
 
     /// Takes alignment, date (unless it fills its field), data and the checksum word over: 0, or 1040000, which is also
     /// signalled, when its checksum is wrong or identifier and size are not 12008 and 172.
-    int setBlock(HwSDatablockMbrdTimeMonitoringDataEx* record);
+    int setBlock(const HwSDatablockMbrdTimeMonitoringDataEx* record);
 };
 
 } // namespace Travik

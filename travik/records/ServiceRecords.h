@@ -86,9 +86,9 @@ public:
     void setServiceCode(unsigned short code) { set<&Record::serviceCode>(code); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockServiceData* record) { return takeOver(record, "HwDatablockServiceData"); }
+    int setBlock(const HwSDatablockServiceData* record) { return takeOver(record, "HwDatablockServiceData"); }
     /// Re-stores the block from a record of the other byte order, unchecked.
-    void swapBlock(HwSDatablockServiceData* record) { restore(record); }
+    void swapBlock(const HwSDatablockServiceData* record) { restore(record); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 
@@ -117,9 +117,9 @@ public:
     void setAction(unsigned short action, unsigned char index);
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockModification* record) { return takeOver(record, "HwDatablockModification"); }
+    int setBlock(const HwSDatablockModification* record) { return takeOver(record, "HwDatablockModification"); }
     /// Re-stores the block from a record of the other byte order, unchecked.
-    void swapBlock(HwSDatablockModification* record) { restore(record); }
+    void swapBlock(const HwSDatablockModification* record) { restore(record); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 

@@ -45,6 +45,8 @@ void HwDatablockCommonStatisticData::setCommonStatisticData(const unsigned char*
 }
 
 int HwDatablockCommonStatisticData::setBlock(const HwSDatablockCommonStatisticData* record) {
+    if (!record)
+        return 1;
     const HwSDatablockHeader header = headerOf(record);
     // A word that is there already is not set again: that would refresh the checksum, which stays as it is.
     if (getId() != header.id)
@@ -56,6 +58,8 @@ int HwDatablockCommonStatisticData::setBlock(const HwSDatablockCommonStatisticDa
 }
 
 void HwDatablockCommonStatisticData::swapBlock(HwSDatablockCommonStatisticData* record) {
+    if (!record)
+        return;
     const HwSDatablockHeader header = headerOf(record);
     storeHeader(header.id, header.blockSize, 0);
     unsigned int length = record->length;

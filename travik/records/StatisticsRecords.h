@@ -41,9 +41,9 @@ public:
     void setOpHours(unsigned int hours) { set<&Record::opHours>(hours); }
 
     /// Takes a record over: 0, or 1 and error 1040001 when its checksum is wrong.
-    int setBlock(HwSDatablockStatistic* record) { return takeOver(record, "HwDatablockStatistic"); }
+    int setBlock(const HwSDatablockStatistic* record) { return takeOver(record, "HwDatablockStatistic"); }
     /// Re-stores the block from a record of the other byte order, unchecked.
-    void swapBlock(HwSDatablockStatistic* record) { restore(record); }
+    void swapBlock(const HwSDatablockStatistic* record) { restore(record); }
     std::ostream& printToStream(std::ostream& os) override;
 };
 

@@ -68,6 +68,8 @@ HwDatablockSAttCCounter::HwDatablockSAttCCounter(int instance)
 }
 
 int HwDatablockSAttCCounter::setBlock(const HwSDatablockSAttCCounter* record) {
+    if (!record)
+        return 1;
     copyFields(record);
     refreshChecksum();
     return 0;

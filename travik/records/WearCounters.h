@@ -70,7 +70,7 @@ public:
     HwSDatablockSAtt3OWLDCounter* getBlock() { return reinterpret_cast<HwSDatablockSAtt3OWLDCounter*>(getData()); }
     /// Takes a record's counter and checksum over, not its other header words: 0, or 1 and error 1040001 when its
     /// checksum is wrong.
-    int setBlock(HwSDatablockSAtt3OWLDCounter* record) { return takeCounterOver(record); }
+    int setBlock(const HwSDatablockSAtt3OWLDCounter* record) { return takeCounterOver(record); }
 };
 
 /// An overload counter of the SATT6 attenuator.
@@ -84,7 +84,7 @@ public:
     HwSDatablockSAtt6OWLDCounter* getBlock() { return reinterpret_cast<HwSDatablockSAtt6OWLDCounter*>(getData()); }
     /// Takes a record's counter and checksum over, not its other header words: 0, or 1 and error 1040001 when its
     /// checksum is wrong.
-    int setBlock(HwSDatablockSAtt6OWLDCounter* record) { return takeCounterOver(record); }
+    int setBlock(const HwSDatablockSAtt6OWLDCounter* record) { return takeCounterOver(record); }
 };
 
 /// The counters of the SATTC attenuator, two values a block: overload (identifier 11300) and high power (11302), each

@@ -24,7 +24,7 @@ HwDatablockOldStyleInterpreter::HwDatablockOldStyleInterpreter() {
 HwDatablockOldStyleInterpreter::~HwDatablockOldStyleInterpreter() { deletePrototypes(dictionary_); }
 
 bool HwDatablockOldStyleInterpreter::printHwDatablockOldStyleInfo(HwDatablock* block, std::ostream& os) {
-    const auto found = dictionary_.find(block->getId());
+    const auto found = block ? dictionary_.find(block->getId()) : dictionary_.end();
     if (found == dictionary_.end())
         return false;
     HwDatablock* const prototype = found->second;

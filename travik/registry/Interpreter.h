@@ -17,11 +17,11 @@ public:
     HwDatablockOldStyleInterpreter& operator=(const HwDatablockOldStyleInterpreter&) = delete;
     virtual ~HwDatablockOldStyleInterpreter();
 
-    /// As `convertBlock`.
+    /// As `convertBlock`; false for null.
     bool swapHwDatablock(HwEDataFormatTyp format, int id, HwDatablock* block);
 
     /// Prints the block through the prototype of its identifier, which shares the block's buffer until the next print
-    /// of that identifier. False, and nothing written, for an identifier without one.
+    /// of that identifier. False, and nothing written, for an identifier without one and for null.
     bool printHwDatablockOldStyleInfo(HwDatablock* block, std::ostream& os);
 
     /// The prototypes by identifier, owned by the interpreter.

@@ -126,7 +126,7 @@ std::vector<ImageProblem> ModuleImage::problems(const ImageBlock& block) const {
         std::string text(faultName(fault));
         if (fault == ImageFault::SizeBelowHeader || fault == ImageFault::SizePastEnd || fault == ImageFault::OddSize)
             text += " (" + std::to_string(block.sizeWord) + ")";
-        const bool isLast = block.offset == blocks_.back().offset;
+        const bool isLast = !blocks_.empty() && block.offset == blocks_.back().offset;
         if (cannotBeTrue(fault) && isLast && block.id != endBlockId)
             text += ", what follows cannot be found";
         problems.push_back({block.offset, block.id, fault, std::move(text)});
@@ -152,6 +152,8 @@ std::unique_ptr<HwDatablock> makeBlock(int id) {
 std::vector<char> composeImage(std::span<HwDatablock* const> blocks) {
     std::vector<char> bytes;
     for (HwDatablock* const block : blocks) {
+        if (!block)
+            continue;
         const QMemArray<char> image = block->getByteArrayData();
         bytes.insert(bytes.end(), image.data(), image.data() + image.size());
     }

@@ -4,8 +4,11 @@
 
 #include <memory>
 #include <optional>
+#include <ranges>
 #include <span>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Travik {
@@ -47,15 +50,19 @@ struct ImageProblem {
 /// the data closes it. Nothing is read beyond the data or beyond a block whose size word cannot be true, unless the
 /// record size of the block's class leads to a block behind it that is sound: then the walk goes on there.
 ///
-/// Refers to the bytes; they must outlive it.
+/// Refers to the bytes; they must outlive it. Made from bytes that would not, it does not compile.
 class TRAVIK_DATABLOCK_EXPORT ModuleImage {
 public:
     explicit ModuleImage(std::span<const char> bytes);
+    template <class Bytes>
+    requires(!std::is_lvalue_reference_v<Bytes> && std::ranges::contiguous_range<Bytes> &&
+             !std::ranges::borrowed_range<Bytes>) explicit ModuleImage(Bytes&& bytes) = delete;
 
-    const std::vector<ImageBlock>& blocks() const { return blocks_; }
+    const std::vector<ImageBlock>& blocks() const& { return blocks_; }
+    std::vector<ImageBlock> blocks() && { return std::move(blocks_); }
     /// Every fault of every block, in image order.
     std::vector<ImageProblem> problems() const;
-    /// The faults of one of the blocks.
+    /// The faults of one block, which may be another image's.
     std::vector<ImageProblem> problems(const ImageBlock& block) const;
     /// Where the walk ended: behind the last block. Whatever follows an end block belongs to no block.
     std::size_t end() const { return end_; }
@@ -80,7 +87,7 @@ TRAVIK_DATABLOCK_EXPORT std::unique_ptr<HwDatablock> makeBlock(const ImageBlock&
 /// A new, empty block of an identifier, or null where the identifier has no class.
 TRAVIK_DATABLOCK_EXPORT std::unique_ptr<HwDatablock> makeBlock(int id);
 
-/// The images of the blocks one after the other. No end block is added.
+/// The images of the blocks one after the other; null stands for none. No end block is added.
 TRAVIK_DATABLOCK_EXPORT std::vector<char> composeImage(std::span<HwDatablock* const> blocks);
 
 /// What a fault is called: "size word 0", "wrong checksum" and so on.

@@ -19,6 +19,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttCalFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboAttCalFreq = HwDatablockDunRfboAttCalFreq::Record;
 
 /// Attenuator calibration: a row per attenuator setting (its index value), at the points of 15760.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttCalData : public HwDatablockBaseTemplateIndex<int, int, 40, 200> {
@@ -26,6 +27,7 @@ public:
     static constexpr TableSpec table{.id = 15761, .key = "BLOCK_DUN_RFBO_ATT_CAL_DATA", .columnAxis = 15760};
     explicit HwDatablockDunRfboAttCalData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockDunRfboAttCalData = HwDatablockDunRfboAttCalData::Record;
 
 /// Temperature compensation: frequency points. Can be exchanged as text.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboTempCompFreq : public HwDatablockBaseTemplate<double, double, 50, 1>,
@@ -36,6 +38,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboTempCompFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboTempCompFreq = HwDatablockDunRfboTempCompFreq::Record;
 
 /// Temperature compensation: rows labelled by an index value, at the points of 15770. Can be exchanged as text,
 /// without its index values.
@@ -46,6 +49,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboTempCompData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockDunRfboTempCompData = HwDatablockDunRfboTempCompData::Record;
 
 /// Attenuations that belong to the register words of 15799. Can be exchanged as text, with two decimals.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegAttenuation
@@ -56,6 +60,7 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttRegAttenuation(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboAttRegAttenuation = HwDatablockDunRfboAttRegAttenuation::Record;
 
 /// Attenuator register words. Can be exchanged as text.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockDunRfboAttRegData
@@ -66,5 +71,6 @@ public:
     static const ExchangeFormat exchange;
     explicit HwDatablockDunRfboAttRegData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockDunRfboAttRegData = HwDatablockDunRfboAttRegData::Record;
 
 } // namespace Travik

@@ -17,6 +17,7 @@ public:
     static constexpr TableSpec table{.id = 15690, .key = "STEREOCODER_CO"};
     explicit HwDatablockStereocoderCo(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockStereocoderCo = HwDatablockStereocoderCo::Record;
 
 /// Maximum RF level: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxFreq
@@ -26,6 +27,7 @@ public:
         .id = 15800, .key = "VECTOR_RFLEVEL_MAX_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorRfLevelMaxFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorRfLevelMaxFreq = HwDatablockToviVectorRfLevelMaxFreq::Record;
 
 /// Maximum RF level at the points of 15800, stored in hundredths.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorRfLevelMaxData
@@ -34,6 +36,7 @@ public:
     static constexpr TableSpec table{.id = 15801, .key = "VECTOR_RFLEVEL_MAX_DATA", .scale = 0.01, .columnAxis = 15800};
     explicit HwDatablockToviVectorRfLevelMaxData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorRfLevelMaxData = HwDatablockToviVectorRfLevelMaxData::Record;
 
 /// Automatic level control: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcFreq
@@ -43,6 +46,7 @@ public:
         .id = 15810, .key = "VECTOR_ALC_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorAlcFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcFreq = HwDatablockToviVectorAlcFreq::Record;
 
 /// Automatic level control: four rows at the points of 15810.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcData
@@ -51,6 +55,7 @@ public:
     static constexpr TableSpec table{.id = 15811, .key = "VECTOR_ALC_DATA", .scale = 100.0, .columnAxis = 15810};
     explicit HwDatablockToviVectorAlcData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcData = HwDatablockToviVectorAlcData::Record;
 
 /// Automatic level control, IQ normal: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormFreq
@@ -60,6 +65,7 @@ public:
         .id = 15820, .key = "VECTOR_ALC_IQNORM_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorAlcIqNormFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqNormFreq = HwDatablockToviVectorAlcIqNormFreq::Record;
 
 /// Automatic level control, IQ normal: four rows at the points of 15820.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqNormData
@@ -68,6 +74,7 @@ public:
     static constexpr TableSpec table{.id = 15821, .key = "VECTOR_ALC_IQNORM_DATA", .columnAxis = 15820};
     explicit HwDatablockToviVectorAlcIqNormData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqNormData = HwDatablockToviVectorAlcIqNormData::Record;
 
 /// Automatic level control, IQ wide: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideFreq
@@ -77,6 +84,7 @@ public:
         .id = 15830, .key = "VECTOR_ALC_IQWIDE_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviVectorAlcIqWideFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqWideFreq = HwDatablockToviVectorAlcIqWideFreq::Record;
 
 /// Automatic level control, IQ wide: four rows at the points of 15830.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorAlcIqWideData
@@ -85,6 +93,7 @@ public:
     static constexpr TableSpec table{.id = 15831, .key = "VECTOR_ALC_IQWIDE_DATA", .columnAxis = 15830};
     explicit HwDatablockToviVectorAlcIqWideData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorAlcIqWideData = HwDatablockToviVectorAlcIqWideData::Record;
 
 /// External calibration, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecFreq
@@ -94,6 +103,7 @@ public:
         .id = 15840, .key = "RFBO_EXT_CAL_VEC_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfBoExtCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfBoExtCalVecFreq = HwDatablockToviRfBoExtCalVecFreq::Record;
 
 /// External calibration, vector: four rows at the points of 15840.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfBoExtCalVecData : public HwDatablockBaseTemplate<int, int, 4, 292> {
@@ -101,6 +111,7 @@ public:
     static constexpr TableSpec table{.id = 15841, .key = "RFBO_EXT_CAL_VEC_DATA", .columnAxis = 15840};
     explicit HwDatablockToviRfBoExtCalVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfBoExtCalVecData = HwDatablockToviRfBoExtCalVecData::Record;
 
 /// Attenuator calibration, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecFreq
@@ -109,6 +120,7 @@ public:
     static constexpr TableSpec table{.id = 15842, .key = "RFBO_ATT_CAL_VEC_FREQ", .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfboAttCalVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboAttCalVecFreq = HwDatablockToviRfboAttCalVecFreq::Record;
 
 /// Attenuator calibration, vector: a row per attenuator setting (its index value), at the points of 15842.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboAttCalVecData : public HwDatablockBaseTemplateIndex<int, int, 27, 20> {
@@ -116,6 +128,7 @@ public:
     static constexpr TableSpec table{.id = 15843, .key = "RFBO_ATT_CAL_VEC_DATA", .columnAxis = 15842};
     explicit HwDatablockToviRfboAttCalVecData(bool stop = false) : HwDatablockBaseTemplateIndex(table, stop) {}
 };
+using HwSDatablockToviRfboAttCalVecData = HwDatablockToviRfboAttCalVecData::Record;
 
 /// Maximum RF level, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecFreq
@@ -125,6 +138,7 @@ public:
         .id = 15844, .key = "RFBO_RFLEVEL_MAX_VEC_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfboRfLevelMaxVecFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboRfLevelMaxVecFreq = HwDatablockToviRfboRfLevelMaxVecFreq::Record;
 
 /// Maximum RF level, vector, at the points of 15844, stored in hundredths.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboRfLevelMaxVecData
@@ -134,6 +148,7 @@ public:
         .id = 15845, .key = "RFBO_RFLEVEL_MAX_VEC_DATA", .scale = 0.01, .columnAxis = 15844};
     explicit HwDatablockToviRfboRfLevelMaxVecData(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboRfLevelMaxVecData = HwDatablockToviRfboRfLevelMaxVecData::Record;
 
 /// Level control: temperatures, one signed byte each.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTemp : public HwDatablockBaseTemplate<char, double, 12, 1> {
@@ -141,6 +156,7 @@ public:
     static constexpr TableSpec table{.id = 15850, .key = "VECTOR_LEVCON_TEMP"};
     explicit HwDatablockToviVectorLevconTemp(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorLevconTemp = HwDatablockToviVectorLevconTemp::Record;
 
 /// Level control: frequency points of the temperature data.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempFreq
@@ -149,6 +165,7 @@ public:
     static constexpr TableSpec table{.id = 15851, .key = "VECTOR_LEVCON_TEMP_FREQ", .role = Role::Axis};
     explicit HwDatablockToviVectorLevconTempFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorLevconTempFreq = HwDatablockToviVectorLevconTempFreq::Record;
 
 /// Level control: control points of the temperature data.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviVectorLevconTempLevcon
@@ -157,6 +174,7 @@ public:
     static constexpr TableSpec table{.id = 15852, .key = "VECTOR_LEVCON_TEMP_LEVCON", .role = Role::Axis};
     explicit HwDatablockToviVectorLevconTempLevcon(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviVectorLevconTempLevcon = HwDatablockToviVectorLevconTempLevcon::Record;
 
 /// Level control: the data of one of ten temperatures, identifiers 15853 to 15862; a row per frequency point of 15851,
 /// a column per control point of 15852.
@@ -182,6 +200,7 @@ public:
     HwDatablockToviVectorLevconTempData(const char* keyName, int idOffset, bool stop = false)
         : HwDatablockBaseTemplate(keyName, table.id, static_cast<unsigned int>(idOffset), table.scale, stop) {}
 };
+using HwSDatablockToviVectorLevconTempData = HwDatablockToviVectorLevconTempData::Record;
 
 /// The user's external calibration, vector: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserFreq
@@ -191,6 +210,7 @@ public:
         .id = 16002, .key = "RFBO_EXT_CAL_VEC_USER_FREQ", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockToviRfboExtCalVecUserFreq(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockToviRfboExtCalVecUserFreq = HwDatablockToviRfboExtCalVecUserFreq::Record;
 
 /// The user's external calibration, vector: ten descriptors and four rows at the points of 16002.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockToviRfboExtCalVecUserData
@@ -199,5 +219,6 @@ public:
     static constexpr TableSpec table{.id = 16003, .key = "RFBO_EXT_CAL_VEC_USER_DATA", .columnAxis = 16002};
     explicit HwDatablockToviRfboExtCalVecUserData(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
+using HwSDatablockToviRfboExtCalVecUserData = HwDatablockToviRfboExtCalVecUserData::Record;
 
 } // namespace Travik

@@ -12,10 +12,6 @@ namespace Travik {
 
 namespace {
 
-bool isFloating(const Field& field) {
-    return field.stored == Stored::F32 || field.stored == Stored::F64 || field.stored == Stored::F80;
-}
-
 template <class T>
 ValueRange limits() {
     return {static_cast<double>(std::numeric_limits<T>::lowest()), static_cast<double>(std::numeric_limits<T>::max())};
@@ -130,7 +126,7 @@ StoreOutcome storeNumber(std::span<char> block, const Field& field, unsigned int
     if (element >= field.elements())
         return StoreOutcome::Outside;
     double stored = number;
-    if (!isFloating(field)) {
+    if (!field.isFloating()) {
         if (!std::isfinite(number))
             return StoreOutcome::NotFinite;
         stored = std::nearbyint(number);
@@ -168,7 +164,7 @@ std::string decimal(std::span<const char> block, std::size_t offset) {
 
 ValueRange rangeOf(const Field& field) {
     const ValueRange stored = storedRange(field);
-    const double first = stored.lowest * field.scale + field.zero;
+    const double first = stored.lowest * (field.keepsLowest() ? -field.scale : field.scale) + field.zero;
     const double second = stored.highest * field.scale + field.zero;
     return {std::min(first, second), std::max(first, second)};
 }
@@ -202,7 +198,11 @@ std::string describeOutcome(StoreOutcome outcome, const Field& field) {
 }
 
 StoreOutcome storeValue(std::span<char> block, const Field& field, unsigned int element, double physical) {
-    return storeNumber(block, field, element, (physical - field.zero) / field.scale, true);
+    double stored = (physical - field.zero) / field.scale;
+    // The lowest number stands for its own value; the one that it would be the negative of has none.
+    if (field.keepsLowest() && std::abs(std::nearbyint(stored)) == -field.lowestStored())
+        stored = -stored < 0 ? field.lowestStored() : 2 * field.lowestStored();
+    return storeNumber(block, field, element, stored, true);
 }
 
 StoreOutcome storeStored(std::span<char> block, const Field& field, unsigned int element, double stored) {

@@ -44,7 +44,7 @@ public:
 
     /// The value is stored, and tested, as by the setter.
     int setBlock(const R* record) {
-        const int value = record->value;
+        const int value = record ? record->value : 0;
         return this->takeOver(record, R::table.name.errorName, 0, [&] { store(value); });
     }
 

@@ -120,6 +120,14 @@ TRAVIK_DATABLOCK_EXPORT FieldList quantityFields(std::span<const Field> fields, 
 /// Frequency point k in Hz of an image with points in units of 10 Hz.
 TRAVIK_DATABLOCK_EXPORT double tenHertzPoint(std::span<const char> image, unsigned int capacity, unsigned int k);
 
+/// The values that tables are printed of. Another one is added here and where the prints are instantiated.
+template <class Value, class... Printed>
+inline constexpr bool isOneOf = (std::is_same_v<Value, Printed> || ...);
+template <class Value>
+inline constexpr bool isListValue = isOneOf<Value, short, int, unsigned int, float, double>;
+template <class Value>
+inline constexpr bool isStepValue = isOneOf<Value, short, int>;
+
 /// The texts of the tables whose count and values lie in an image as those of a CountedRecord.
 template <class Value>
 TRAVIK_DATABLOCK_EXPORT std::ostream& printListTable(std::ostream& os, const ListTable& table, int id,
@@ -189,6 +197,8 @@ public:
     }
 
     std::ostream& printToStream(std::ostream& os) override {
+        static_assert(detail::isListValue<Value>,
+                      "a list is printed of short, int, unsigned int, float or double values");
         return detail::printListTable<Value>(os, R::table, this->getId(), this->image(), capacity);
     }
 
@@ -248,6 +258,7 @@ protected:
     void cutCount() { this->template put<&R::count>(static_cast<unsigned short>(this->count())); }
 
     std::ostream& print(std::ostream& os, unsigned int usableRows) {
+        static_assert(detail::isStepValue<Value>, "a table of steps is printed of short or int values");
         return detail::printStepTable<Value>(os, R::table, this->getId(), this->image(), usableRows, columns);
     }
 };

@@ -72,7 +72,7 @@ constinit const ListTable HwSDatablockDacbFrequencyCompAmpRear::table = {
     .largestCount = mostPoints};
 
 constinit const ListTable HwSDatablockDacbFrequencyCompPhRear::table = {
-    .name = {14500, "HwSDatablockDacbFrequencyCompPhRear", {"DACB_FREQUENCY_COMP_PH_REAR"}},
+    .name = {14500, "HwDatablockDacbFrequencyCompPhRear", {"DACB_FREQUENCY_COMP_PH_REAR"}},
     .values = phase(13500),
     .text = uncounted(lines<"#Das sind die Phasenwerte  [1/100]">),
     .largestCount = mostPoints};

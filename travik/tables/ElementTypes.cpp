@@ -82,6 +82,7 @@ struct Integer {
 template <class T>
 struct Floating {
     static constexpr unsigned int size = sizeof(T);
+    static_assert(std::numeric_limits<T>::is_iec559, "what is beyond the largest number rounds to infinity");
 
     static void print(TextWriter& out, std::span<const char> stored) {
         out.current(static_cast<double>(bytes::load<T>(stored, 0)));
@@ -89,9 +90,10 @@ struct Floating {
 
     static bool store(std::span<char> stored, const ElementValue& value) {
         const auto number = numberOf(value);
-        if (!number || (std::isfinite(*number) && std::abs(*number) > std::numeric_limits<T>::max()))
+        if (!number)
             return false;
-        return bytes::store(stored, 0, static_cast<T>(*number));
+        const T nearest = static_cast<T>(*number);
+        return (std::isfinite(nearest) || !std::isfinite(*number)) && bytes::store(stored, 0, nearest);
     }
 };
 

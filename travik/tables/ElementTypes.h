@@ -6,6 +6,7 @@
 
 #include <concepts>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -60,9 +61,18 @@ public:
         : value_(static_cast<unsigned long long>(number)) {}
     template <std::floating_point T>
     ElementValue(T number) : value_(static_cast<long double>(number)) {}
-    ElementValue(char character) : value_(std::string(1, character)) {}
+    template <std::same_as<char> T>
+    ElementValue(T character) : value_(std::string(1, character)) {}
     ElementValue(std::string text) : value_(std::move(text)) {}
-    ElementValue(const char* text) : value_(std::string(text)) {}
+    /// Null is nothing.
+    ElementValue(const char* text) {
+        if (text)
+            value_ = std::string(text);
+    }
+    /// Whether a number or a character is meant, only the caller can say.
+    template <class T>
+    requires(std::same_as<T, bool> || std::is_enum_v<T>) ElementValue(T value)
+    = delete;
     // NOLINTEND(google-explicit-constructor)
 
     ElementValue(const ElementValue& other);

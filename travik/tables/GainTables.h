@@ -24,6 +24,8 @@ public:
 
 private:
     static bool isEmpty(const Record* record) {
+        if (!record)
+            return false;
         const auto* const values = reinterpret_cast<const char*>(record->values);
         return Block::headerOf(record) == HwSDatablockHeader{Record::table.name.id, 0, 0, 0} &&
                std::all_of(values, values + sizeof record->values, [](char byte) { return byte == 0; });

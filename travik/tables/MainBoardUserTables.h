@@ -15,6 +15,7 @@ public:
     static constexpr TableSpec table{.id = 14801, .key = "IQ_INPUT_A"};
     explicit HwDatablockMbrdIqInputA(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdIqInputA = HwDatablockMbrdIqInputA::Record;
 
 /// IQ input of path B.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdIqInputB : public HwDatablockBaseTemplate<int, int, 10, 1> {
@@ -22,6 +23,7 @@ public:
     static constexpr TableSpec table{.id = 14802, .key = "IQ_INPUT_B"};
     explicit HwDatablockMbrdIqInputB(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdIqInputB = HwDatablockMbrdIqInputB::Record;
 
 /// The user's external calibration of path A: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserFreqA
@@ -31,6 +33,7 @@ public:
         .id = 14803, .key = "EXT_CAL_USER_FREQ_A", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockMbrdExtCalUserFreqA(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserFreqA = HwDatablockMbrdExtCalUserFreqA::Record;
 
 /// The user's external calibration of path B: frequency points.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserFreqB
@@ -40,6 +43,7 @@ public:
         .id = 14804, .key = "EXT_CAL_USER_FREQ_B", .scale = 100.0, .unit = "Hz", .role = Role::Axis};
     explicit HwDatablockMbrdExtCalUserFreqB(bool stop = false) : HwDatablockBaseTemplate(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserFreqB = HwDatablockMbrdExtCalUserFreqB::Record;
 
 /// The user's external calibration of path A: ten descriptors and up to 13 rows at the points of 14803.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserDataA
@@ -48,6 +52,7 @@ public:
     static constexpr TableSpec table{.id = 14805, .key = "EXT_CAL_USER_DATA_A", .columnAxis = 14803};
     explicit HwDatablockMbrdExtCalUserDataA(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserDataA = HwDatablockMbrdExtCalUserDataA::Record;
 
 /// The user's external calibration of path B: ten descriptors and up to 13 rows at the points of 14804.
 class TRAVIK_DATABLOCK_EXPORT HwDatablockMbrdExtCalUserDataB
@@ -56,5 +61,6 @@ public:
     static constexpr TableSpec table{.id = 14806, .key = "EXT_CAL_USER_DATA_B", .columnAxis = 14804};
     explicit HwDatablockMbrdExtCalUserDataB(bool stop = false) : HwDatablockBaseTemplateExtended(table, stop) {}
 };
+using HwSDatablockMbrdExtCalUserDataB = HwDatablockMbrdExtCalUserDataB::Record;
 
 } // namespace Travik

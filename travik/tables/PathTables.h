@@ -11,6 +11,9 @@ public:
     explicit PathBlock(int instance, bool stopConversionOnError = false)
         : Block(static_cast<unsigned short>(Block::Record::table.name.id + instance), stopConversionOnError),
           instance_(instance) {}
+    /// A flag is no instance: true would be path B.
+    template <std::same_as<bool> Flag>
+    explicit PathBlock(Flag instance, bool stopConversionOnError = false) = delete;
 
     /// The instance that the block was made with, whatever identifier it took over since.
     int getInstance() const { return instance_; }

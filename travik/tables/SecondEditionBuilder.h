@@ -22,7 +22,7 @@ struct SecondEditionRow {
 /// A second-edition table in its maker's terms.
 ///
 /// Values are physical: 12.3 in a column of type FIX16D1 is stored as 123, rounded to the nearest step. Integer types
-/// take whole numbers in their range; FLOAT and DOUBLE round to the nearest value in theirs; LONG DOUBLE takes any
+/// take whole numbers in their range; FLOAT and DOUBLE round to the nearest value of theirs; LONG DOUBLE takes any
 /// number. CHAR takes one character, the longer text types a Latin-1 text of at most their length without a NUL in it.
 /// NONE takes nothing.
 struct SecondEditionTable {

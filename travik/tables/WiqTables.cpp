@@ -5,7 +5,7 @@ namespace Travik {
 constinit const PlainTable HwSDatablockWenWIQQuadDac::table = {{15649, "HwDatablockWenWiqQuadDacData", {}}, {}};
 constinit const PlainTable HwSDatablockWenWiqSensorData::table = {{15648, "HwDatablockWenWiqSensorData", {}}, {}};
 
-int HwDatablockWenWIQQuadDac::setWenWiqQuadDacData(double* values) {
+int HwDatablockWenWIQQuadDac::setWenWiqQuadDacData(const double* values) {
     putVector<&Record::values>(values);
     refreshChecksum();
     return 0;
@@ -16,7 +16,7 @@ void HwDatablockWenWIQQuadDac::getWenWiqQuadDacData(double* values, bool& valid)
     loadVector<&Record::values>(values);
 }
 
-void HwDatablockWenWiqSensorData::setWenWiqSensorData(double* first, double* second) {
+void HwDatablockWenWiqSensorData::setWenWiqSensorData(const double* first, const double* second) {
     putVector<&Record::first>(first);
     putVector<&Record::second>(second);
     refreshChecksum();

@@ -9,8 +9,8 @@
 /// WIQ calibration of the WEN board. The dictionary does not register these blocks; their users create them.
 namespace Travik {
 
-/// A block of vectors that are set and read whole. Says its number of values from its construction on; has no text.
-/// `setBlock` refuses a record with a wrong checksum with error 1040000.
+/// A block of vectors that are set and read whole; a vector that is null is left alone. Says its number of values from
+/// its construction on; has no text. `setBlock` refuses a record with a wrong checksum with error 1040000.
 template <class R>
 class WiqVectorBlock : public DescribedBlock<R> {
 public:
@@ -30,12 +30,12 @@ public:
 protected:
     template <auto Vector>
     void putVector(const double* values) {
-        for (unsigned int i = 0; i < R::length; ++i)
+        for (unsigned int i = 0; values && i < R::length; ++i)
             this->template put<Vector>(values[i], i);
     }
     template <auto Vector>
     void loadVector(double* values) const {
-        for (unsigned int i = 0; i < R::length; ++i)
+        for (unsigned int i = 0; values && i < R::length; ++i)
             values[i] = this->template get<Vector>(i);
     }
 };
@@ -78,7 +78,7 @@ public:
     using WiqVectorBlock::WiqVectorBlock;
 
     /// Takes 13 values; always 0.
-    int setWenWiqQuadDacData(double* values);
+    int setWenWiqQuadDacData(const double* values);
     /// Hands out 13 values, and whether the block's checksum holds; the values whether it does or not.
     void getWenWiqQuadDacData(double* values, bool& valid);
 };
@@ -89,7 +89,7 @@ public:
     using WiqVectorBlock::WiqVectorBlock;
 
     /// Takes 28 values for each vector.
-    void setWenWiqSensorData(double* first, double* second);
+    void setWenWiqSensorData(const double* first, const double* second);
     /// Hands out 28 values of each vector, and whether the block's checksum holds; the values whether it does or not.
     void getWenWiqSensorData(double* first, double* second, bool& valid);
 };
@@ -125,5 +125,6 @@ public:
         : HwDatablockBaseTemplateWenW(keyName, table.id, static_cast<unsigned int>(idOffset), table.scale,
                                       stopConversionOnError) {}
 };
+using HwSDatablockWenWiqRfImbalanceData = HwDatablockWenWiqRfImbalanceData::Record;
 
 } // namespace Travik

@@ -30,7 +30,7 @@ double toUser(const TableShape& shape, double product) {
 
 TableBlock::TableBlock(const TableShape& shape, const char* keyName, unsigned int idBase, unsigned int idOffset,
                        double scaleFactor, unsigned int maxRows, unsigned int maxColumns, bool stopConversionOnError)
-    : HwDatablock(stopConversionOnError), idOffset_(idOffset), idBase_(idBase), keyName_(keyName),
+    : HwDatablock(stopConversionOnError), idOffset_(idOffset), idBase_(idBase), keyName_(keyName ? keyName : ""),
       scaleFactor_(scaleFactor), maxRows_(std::min(maxRows, shape.rows)),
       maxColumns_(std::min(maxColumns, shape.columns)), descriptorCount_(shape.descriptors), shape_(&shape) {
     initialise(static_cast<unsigned short>(idBase_ + idOffset_), static_cast<unsigned short>(shape.size()));
@@ -109,10 +109,10 @@ void TableBlock::storeDescriptor(const QString& text, unsigned int index) {
 
 int TableBlock::takeOver(const void* record) {
     const unsigned int size = shape_->size();
-    const std::span source(static_cast<const char*>(record), size);
+    const std::span source(static_cast<const char*>(record), record ? size : 0);
     const auto header = bytes::load<HwSDatablockHeader>(source, 0);
     auto* words = static_cast<unsigned short*>(const_cast<void*>(record));
-    if (shape_->checked && !verifyChecksum(words, static_cast<unsigned short>(size), true)) {
+    if (!record || (shape_->checked && !verifyChecksum(words, static_cast<unsigned short>(size), true))) {
         ErrorManager()->signal(DownloadDenied, QString::number(header.id));
         return 1;
     }

@@ -107,7 +107,7 @@ auto withStoredType(Stored stored, Function function) {
 /// no virtual operation.
 ///
 /// A value, index or descriptor outside the capacity, or outside the buffer, reads as zero or empty; its setter does
-/// nothing. Setters refresh the checksum.
+/// nothing. Setters refresh the checksum. A null key name counts as empty.
 class TRAVIK_DATABLOCK_EXPORT TableBlock : public HwDatablock {
 public:
     const std::string& getKeyName() const { return keyName_; }
@@ -139,8 +139,8 @@ protected:
     QString descriptor(unsigned int index) const;
     void storeDescriptor(const QString& text, unsigned int index);
 
-    /// Takes a typed image over: 0, or 1 when its checksum is wrong; then error 1040001 is signalled with the image's
-    /// identifier as text and the block is unchanged.
+    /// Takes a typed image over: 0, or 1 when its checksum is wrong or it is null; then error 1040001 is signalled with
+    /// the image's identifier as text ("0" for null) and the block is unchanged.
     int takeOver(const void* record);
 
 private:

@@ -88,9 +88,10 @@ using detail::takeWord;
 class Lines {
 public:
     explicit Lines(std::istream& is) : source_(is.rdbuf()) {
+        if (!source_)
+            return; // whose state cannot be cleared
         is.clear();
-        if (source_)
-            source_->pubseekpos(0, std::ios_base::in);
+        ask([](std::streambuf& source) { return source.pubseekpos(0, std::ios_base::in); });
     }
 
     /// The next line, valid until the one after is asked for; nothing at the end of the text.
@@ -102,15 +103,37 @@ public:
         return std::nullopt;
     }
 
+    /// Whether the text ended because its source threw.
+    bool isBroken() const { return broken_; }
+
 private:
     std::streambuf* source_;
+    bool broken_ = false;
     std::string line_;
     std::array<char, 16384> chunk_;
     std::string_view unread_; // of the chunk
 
+    /// What the source answers; of a source that has thrown, nothing ever after.
+    template <class Question>
+    std::streamoff ask(Question question) {
+        try {
+            if (source_)
+                return question(*source_);
+        } catch (...) { // a file that turns out to be a folder, for one
+            source_ = nullptr;
+            broken_ = true;
+        }
+        return 0;
+    }
+
     bool readChunk() {
-        const std::streamsize count = source_ ? source_->sgetn(chunk_.data(), std::ssize(chunk_)) : 0;
-        unread_ = {chunk_.data(), static_cast<std::size_t>(std::max<std::streamsize>(count, 0))};
+        // No more than is there already: what a source hands out before it throws would be lost.
+        const std::streamoff count = ask([this](std::streambuf& source) {
+            if (source.sgetc() == std::char_traits<char>::eof())
+                return std::streamsize{0};
+            return source.sgetn(chunk_.data(), std::clamp<std::streamsize>(source.in_avail(), 1, std::ssize(chunk_)));
+        });
+        unread_ = {chunk_.data(), static_cast<std::size_t>(std::max<std::streamoff>(count, 0))};
         return !unread_.empty();
     }
 
@@ -206,11 +229,11 @@ public:
 
     std::vector<char> finish() {
         if (search_ == Search::Id)
-            report_("ERROR: FOUND NO ID !");
+            report("ERROR: FOUND NO ID !");
         if (search_ == Search::Count)
-            report_("ERROR: FOUND NO COUNT VALUES !");
+            report("ERROR: FOUND NO COUNT VALUES !");
         else if (rowsRead_ != rows_)
-            report_(format_.rowMessage);
+            report(format_.rowMessage);
         return std::move(image_);
     }
 
@@ -225,6 +248,11 @@ private:
     std::size_t rowsRead_ = 0;
     unsigned int rows_ = 0; // as the text counts them
     unsigned int columns_ = 0;
+
+    void report(std::string_view message) const {
+        if (report_)
+            report_(message);
+    }
 
     template <class T>
     void store(std::size_t offset, T value) {
@@ -243,7 +271,7 @@ private:
         const std::size_t at = line.find(mark);
         if (at == std::string_view::npos) {
             if (++linesSinceId_ >= format_.distanceLimit)
-                report_(std::string("ERROR: ").append(format_.distanceMessage));
+                report(std::string("ERROR: ").append(format_.distanceMessage));
             return;
         }
         const std::string counts = std::string(line.substr(0, at)).append(line.substr(at + mark.size()));
@@ -270,7 +298,7 @@ private:
             storeWord(word, words++);
         ++rowsRead_;
         if (words != columns_)
-            report_("ERROR: In Row =" + std::to_string(rowsRead_) + std::string(format_.columnMessage));
+            report("ERROR: In Row =" + std::to_string(rowsRead_) + std::string(format_.columnMessage));
     }
 
     void storeWord(std::string_view word, std::size_t column) {
@@ -321,7 +349,10 @@ std::vector<char> readExchangeText(std::istream& is, const ExchangeFormat& forma
     Reader reader(format, report);
     while (const auto line = lines.next())
         reader.take(*line);
-    return reader.finish();
+    std::vector<char> image = reader.finish();
+    if (lines.isBroken())
+        is.setstate(std::ios_base::badbit);
+    return image;
 }
 
 const ExchangeFormat* findExchangeFormat(std::istream& is, std::span<const ExchangeFormat* const> formats) {
@@ -340,9 +371,16 @@ const ExchangeFormat* findExchangeFormat(std::istream& is, std::span<const Excha
                 found = format;
         }
     }
+    if (lines.isBroken())
+        is.setstate(std::ios_base::badbit);
     return found;
 }
 
-void reportToStandardOutput(std::string_view message) { std::cout << message << '\n'; }
+void reportToStandardOutput(std::string_view message) {
+    try {
+        TextWriter(std::cout) << message << '\n';
+    } catch (const std::ios_base::failure&) { // kept in the stream's state
+    }
+}
 
 } // namespace Travik

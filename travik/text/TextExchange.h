@@ -1,5 +1,6 @@
 #pragma once
 
+#include <travik/datablock/HeldFailures.h>
 #include <travik/text/TableBlock.h>
 
 #include <functional>
@@ -38,7 +39,7 @@ struct ExchangeFormat {
     std::string_view rowMessage;
 };
 
-/// Takes one message of the reader, a line without its end.
+/// Takes one message of the reader, a line without its end. An empty one takes none.
 using ExchangeMessages = std::function<void(std::string_view message)>;
 
 /// Writes an image of the format's class as text, at most `printedEntriesLimit` values. Cells outside the capacity or
@@ -50,7 +51,8 @@ TRAVIK_DATABLOCK_EXPORT std::ostream& writeExchangeText(std::ostream& os, const 
 /// 0 (the caller seals it). What the text does not say is 0, the identifier included when the key name was not found.
 ///
 /// - The stream's error state is cleared and the text read from its beginning, or from where a stream stands that
-///   cannot seek, to its end. The state is not touched otherwise.
+///   cannot seek, to its end. The text ends where the stream's buffer throws; then badbit is set. The state is not
+///   touched otherwise.
 /// - A word that is no number is 0; a number outside the range of its type becomes the nearest value of it (an
 /// infinity,
 ///   where the type has one); "nan" is 0 where the type has none. Of a word with something behind its number, the
@@ -66,7 +68,7 @@ TRAVIK_DATABLOCK_EXPORT std::vector<char> readExchangeText(std::istream& is, con
 TRAVIK_DATABLOCK_EXPORT const ExchangeFormat* findExchangeFormat(std::istream& is,
                                                                  std::span<const ExchangeFormat* const> formats);
 
-/// Reports on standard output.
+/// Reports on standard output. What cannot be written there is lost.
 TRAVIK_DATABLOCK_EXPORT void reportToStandardOutput(std::string_view message);
 
 /// The text exchange of a class of tables, as a base of it. Works on the block that is handed over, not on the object
@@ -75,14 +77,16 @@ template <class Block>
 class TextExchange {
 public:
     /// Writes the block's text.
-    std::ostream& conv2ascii(std::ostream& os, Block& block) {
-        const auto image = block.getByteArrayData();
+    std::ostream& conv2ascii(std::ostream& os, const Block& block) const {
+        const auto image = Block(block).getByteArrayData(); // shared, and read only
         return writeExchangeText(os, Block::exchange, {image.data(), image.size()});
     }
 
     /// Fills the block from a text, as `readExchangeText` says. Problems are lines beginning with "ERROR:" on standard
-    /// output; the block is filled all the same. Leaves the stream at its end: with eofbit and failbit set.
-    std::istream& searchascii(std::istream& is, Block& block) {
+    /// output; the block is filled all the same. Leaves the stream at its end: with eofbit and failbit set, which a
+    /// stream with such an exception mask throws then.
+    std::istream& searchascii(std::istream& is, Block& block) const {
+        const HeldFailures failures(is);
         std::vector<char> image = readExchangeText(is, Block::exchange, reportToStandardOutput);
         auto* const record = reinterpret_cast<typename Block::Record*>(image.data());
         record->checksum = block.computeChecksum(reinterpret_cast<unsigned short*>(image.data()), sizeof *record);
