@@ -204,6 +204,7 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
         EXPECT_EQ(describeOutcome(one.outcome, one.field).empty(), isStored(one.outcome));
     }
     EXPECT_EQ(describeOutcome(StoreOutcome::OutOfRange, hundredths), "out of range, takes -327.68 to 327.67 dB");
+    EXPECT_EQ(describeOutcome(StoreOutcome::OutOfRange, phase), "out of range, takes -327.68 to 327.67 deg");
 
     std::vector<char> bytes(4, 9);
     EXPECT_EQ(storeText(bytes, text, 0, "A\xC3\xA4"), StoreOutcome::Exact);

@@ -164,8 +164,9 @@ std::string decimal(std::span<const char> block, std::size_t offset) {
 
 ValueRange rangeOf(const Field& field) {
     const ValueRange stored = storedRange(field);
-    const double first = stored.lowest * (field.keepsLowest() ? -field.scale : field.scale) + field.zero;
-    const double second = stored.highest * field.scale + field.zero;
+    const double scale = field.keepsLowest() ? -field.scale : field.scale;
+    const double first = stored.lowest * scale + field.zero;
+    const double second = stored.highest * scale + field.zero;
     return {std::min(first, second), std::max(first, second)};
 }
 
@@ -201,7 +202,7 @@ StoreOutcome storeValue(std::span<char> block, const Field& field, unsigned int 
     double stored = (physical - field.zero) / field.scale;
     // The lowest number stands for its own value; the one that it would be the negative of has none.
     if (field.keepsLowest() && std::abs(std::nearbyint(stored)) == -field.lowestStored())
-        stored = -stored < 0 ? field.lowestStored() : 2 * field.lowestStored();
+        stored = stored > 0 ? field.lowestStored() : 2 * field.lowestStored();
     return storeNumber(block, field, element, stored, true);
 }
 
