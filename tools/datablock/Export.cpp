@@ -3,7 +3,6 @@
 #include <travik/text/TextExchange.h>
 
 #include <iostream>
-#include <sstream>
 
 namespace Tool {
 
@@ -29,13 +28,11 @@ public:
             return DataWrong;
         const Travik::ExchangeFormat* const format = block->entry ? block->entry->exchange : nullptr;
         if (!format) {
-            std::cerr << image->name << ": block " << selector_ << " has no exchange text\n";
+            std::cerr << InLine{image->name} << ": block " << InLine{selector_} << " has no exchange text\n";
             return CallFailed;
         }
-        std::ostringstream text;
+        BlockStream text(Encoding::Automatic);
         Travik::writeExchangeText(text, *format, block->bytes);
-        if (!writeText(text.view(), Encoding::Latin1))
-            return CallFailed;
         int status = found_ > 1 ? DataWrong : AllWell;
         status = std::max(status, reportProblems(*image, module.problems(*block)));
         return status;
@@ -58,7 +55,7 @@ private:
                 reportProblem(image, block.offset, block.id, "one more of this block, not exported");
         }
         if (!first)
-            std::cerr << image.name << ": no block " << selector_ << '\n';
+            std::cerr << InLine{image.name} << ": no block " << InLine{selector_} << '\n';
         return first;
     }
 };

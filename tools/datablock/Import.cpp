@@ -60,7 +60,7 @@ private:
     bool force_ = false;
 
     static int refuse(int status, const std::string& name, std::string_view why) {
-        std::cerr << name << ": " << why << '\n';
+        std::cerr << InLine{name} << ": " << why << '\n';
         return status;
     }
 
@@ -79,7 +79,7 @@ private:
     bool read(const Image& text, std::istream& stream, const ExchangeFormat& format, std::vector<char>& table) const {
         bool sound = true;
         const auto complain = [&](std::string_view message) {
-            std::cerr << text.name << ": " << message << '\n';
+            std::cerr << InLine{text.name} << ": " << message << '\n';
             sound = false;
         };
         table = Travik::readExchangeText(stream, format, complain);
@@ -103,7 +103,7 @@ private:
         const auto isWanted = [&](const Travik::ImageBlock& block) { return block.id == format.table.id; };
         const auto block = std::ranges::find_if(blocks, isWanted);
         if (block == blocks.end()) {
-            std::cerr << image.name << ": no block " << format.table.id << " (" << format.table.key << ")\n";
+            std::cerr << InLine{image.name} << ": no block " << format.table.id << " (" << format.table.key << ")\n";
             return false;
         }
         if (const auto second = std::find_if(block + 1, blocks.end(), isWanted); second != blocks.end()) {

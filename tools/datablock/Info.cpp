@@ -11,7 +11,7 @@ class Info : public Command {
 public:
     explicit Info(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("info", "Who a module is, its last service and how worn it is");
-        command.add_option("image", paths_, "Module images; - is standard input")->required();
+        addImagesOption(command, paths_);
         command.footer("A counter that differs from its backup is marked; that alone makes no exit status of 1.");
         command.add_flag("--json", asJson_, "Write one JSON array, an object for each image");
     }
@@ -35,7 +35,7 @@ private:
             document.push_back(toJson(image.name, info));
         } else {
             if (paths_.size() > 1)
-                std::cout << (isFirst_ ? "" : "\n") << image.name << ":\n";
+                std::cout << (isFirst_ ? "" : "\n") << InLine{image.name} << ":\n";
             Travik::printModuleInfo(info, std::cout);
             isFirst_ = false;
         }

@@ -20,7 +20,7 @@ class List : public Command {
 public:
     explicit List(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("list", "List the blocks of an image with their checksums' state");
-        command.add_option("image", paths_, "Module images; - is standard input")->required();
+        addImagesOption(command, paths_);
     }
 
     int run() override {
@@ -36,7 +36,7 @@ private:
         for (const Travik::ImageBlock& block : module.blocks())
             table.push_back(cells(block));
         if (paths_.size() > 1)
-            std::cout << image.name << ":\n";
+            std::cout << InLine{image.name} << ":\n";
         write(table);
         std::cout << module.blocks().size() << (module.blocks().size() == 1 ? " block, " : " blocks, ") << module.end()
                   << " of " << image.bytes.size() << " bytes\n";

@@ -2,8 +2,6 @@
 
 #include <travik/tables/SecondEdition.h>
 
-#include <sstream>
-
 namespace Tool {
 
 namespace {
@@ -13,7 +11,7 @@ public:
     explicit Summary(CLI::App& app) {
         CLI::App& command =
             *app.add_subcommand("summary", "Print a page with an entry for each second-edition table of an image");
-        command.add_option("image", paths_, "Module images; - is standard input")->required();
+        addImagesOption(command, paths_);
         addEncodingOption(command, encoding_);
     }
 
@@ -27,7 +25,7 @@ private:
 
     int summarize(const Image& image) const {
         const Travik::ModuleImage module(image.bytes);
-        std::ostringstream page;
+        BlockStream page(encoding_);
         Travik::HwDatablock2Edition().printDebugPageHeading(page, true);
         for (const Travik::ImageBlock& block : module.blocks()) {
             const std::unique_ptr<Travik::HwDatablock> made = Travik::makeBlock(block);
@@ -38,8 +36,6 @@ private:
             cfg.blockName = QString::fromStdString(keyOf(block));
             table->printDebugPageSummary(page, cfg);
         }
-        if (!writeText(page.view(), encoding_))
-            return CallFailed;
         return reportProblems(image, module.problems());
     }
 };

@@ -13,12 +13,16 @@ namespace Tool {
 namespace {
 
 void fail(const std::string& name, const std::string& why) {
-    std::cerr << "datablock: " << name << ": " << why << '\n';
+    std::cerr << "datablock: " << InLine{name} << ": " << why << '\n';
 }
 
 } // namespace
 
 bool writeFileAtomically(const std::string& path, std::span<const char> bytes) {
+    if (path == "-" && ::isatty(STDOUT_FILENO) == 1) {
+        fail("standard output", "is a terminal, which no image is written to");
+        return false;
+    }
     const std::string why = Travik::writeImageFile(path, bytes);
     if (!why.empty())
         fail(path == "-" ? "standard output" : path, why);
@@ -37,8 +41,8 @@ std::optional<Image> readImage(const std::string& path) {
 void reportProblem(const Image& image, std::size_t offset, unsigned short id, std::string_view text) {
     std::array<char, 16> hex;
     const char* const end = std::to_chars(hex.data(), hex.data() + hex.size(), offset, 16).ptr;
-    std::cerr << image.name << ": offset " << offset << " (0x" << std::string_view(hex.data(), end) << "), block " << id
-              << ": " << text << '\n';
+    std::cerr << InLine{image.name} << ": offset " << offset << " (0x" << std::string_view(hex.data(), end)
+              << "), block " << id << ": " << text << '\n';
 }
 
 int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& problems) {
@@ -57,38 +61,38 @@ bool isSelected(const Travik::ImageBlock& block, const std::string& selector) {
     return selector == std::to_string(block.id) || selector == keyOf(block);
 }
 
+void addImagesOption(CLI::App& command, std::vector<std::string>& paths) {
+    const auto take = [&paths](const CLI::results_t& names) {
+        paths = names;
+        return true;
+    };
+    // An option that may take more than it has to would have "[a,b]" taken apart, and would leave what follows "--" to
+    // the parent once it has one. This one has to take all there are, and nobody counts them.
+    constexpr int all = CLI::detail::expected_max_vector_size;
+    command.add_option("image", CLI::callback_t(take), "Module images; - is standard input")
+        ->expected(all, all)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->required();
+}
+
 void addEncodingOption(CLI::App& command, Encoding& encoding) {
-    static const std::map<std::string, Encoding> names{
-        {"auto", Encoding::Automatic}, {"latin1", Encoding::Latin1}, {"utf8", Encoding::Utf8}};
+    const auto take = [&encoding](const std::string& name) {
+        static const std::map<std::string_view, Encoding> encodings{{"auto", Encoding::Automatic},
+                                                                    {"latin1", Encoding::Latin1},
+                                                                    {"latin-1", Encoding::Latin1},
+                                                                    {"utf8", Encoding::Utf8},
+                                                                    {"utf-8", Encoding::Utf8}};
+        const auto found = encodings.find(CLI::detail::to_lower(name));
+        if (found == encodings.end())
+            throw CLI::ValidationError("--encoding", '"' + name + "\" is none of auto, latin1 and utf8");
+        encoding = found->second;
+    };
     command
-        .add_option("--encoding", encoding,
-                    "How umlauts are written: latin1, as they are stored; utf8; auto: utf8 on a terminal only")
-        ->transform(CLI::CheckedTransformer(names, CLI::ignore_case).description(""))
+        .add_option_function<std::string>(
+            "--encoding", take,
+            "How umlauts are written: latin1, as they are stored; utf8; auto: utf8 on a terminal only")
         ->type_name("auto|latin1|utf8");
-}
-
-std::string toUtf8(std::string_view latin1) {
-    std::string utf8;
-    utf8.reserve(latin1.size());
-    for (const char character : latin1) {
-        const auto code = static_cast<unsigned char>(character);
-        if (code < 0x80) {
-            utf8 += character;
-        } else {
-            utf8 += static_cast<char>(0xC0U | (code >> 6U));
-            utf8 += static_cast<char>(0x80U | (code & 0x3FU));
-        }
-    }
-    return utf8;
-}
-
-bool writeText(std::string_view latin1, Encoding encoding) {
-    const bool utf8 = encoding == Encoding::Utf8 || (encoding == Encoding::Automatic && ::isatty(STDOUT_FILENO) == 1);
-    if (utf8)
-        std::cout << toUtf8(latin1);
-    else
-        std::cout << latin1;
-    return std::cout.good();
 }
 
 } // namespace Tool

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Output.h"
+
 #include <travik/registry/ModuleImage.h>
 
 #include <CLI/CLI.hpp>
@@ -77,14 +79,10 @@ bool isSelected(const Travik::ImageBlock& block, const std::string& selector);
 /// prints itself.
 std::string keyOf(const Travik::ImageBlock& block);
 
-/// How texts in the blocks' own form, which are Latin-1, are written.
-enum class Encoding : unsigned char { Automatic, Latin1, Utf8 };
+/// Declares the images that a command takes, one or more. Every name is a file's, whatever it looks like; behind "--"
+/// one that begins with "-" is, too.
+void addImagesOption(CLI::App& command, std::vector<std::string>& paths);
 /// Declares "--encoding".
 void addEncodingOption(CLI::App& command, Encoding& encoding);
-/// Writes a Latin-1 text to standard output: as it is, or as UTF-8 where that was asked for or a terminal shows it.
-/// False when it could not be written.
-bool writeText(std::string_view latin1, Encoding encoding);
-/// Latin-1 to UTF-8.
-std::string toUtf8(std::string_view latin1);
 
 } // namespace Tool

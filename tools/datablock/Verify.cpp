@@ -8,7 +8,7 @@ class Verify : public Command {
 public:
     explicit Verify(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("verify", "Check sizes and checksums; silent when all hold");
-        command.add_option("image", paths_, "Module images; - is standard input")->required();
+        addImagesOption(command, paths_);
     }
 
     int run() override {

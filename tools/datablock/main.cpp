@@ -1,7 +1,9 @@
 #include "Tool.h"
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <new>
 
 namespace {
 
@@ -16,8 +18,12 @@ int runTool(int argc, char** argv) {
     for (const auto& declare : {Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
                                 Tool::verifyCommand, Tool::exportCommand, Tool::importCommand})
         commands.push_back(declare(app));
+    std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    // Here "++" ends the options of a subcommand, unless it is spelt as the file that it names.
+    std::ranges::replace(arguments, "++", "./++");
+    std::ranges::reverse(arguments);
     try {
-        app.parse(argc, argv);
+        app.parse(arguments);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? Tool::AllWell : Tool::CallFailed;
     }
@@ -32,11 +38,13 @@ int runTool(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    std::ios_base::sync_with_stdio(false);
+    Tool::occupyStandardDescriptors();
+    std::set_new_handler(Tool::endOutOfMemory);
+    const Tool::StandardStreams streams;
     try {
-        const int status = runTool(argc, argv);
-        std::cout.flush();
-        return std::cout ? status : Tool::CallFailed;
+        return runTool(argc, argv);
+    } catch (const std::bad_alloc&) {
+        Tool::endOutOfMemory(); // from an allocation that asks no handler
     } catch (const std::exception& error) {
         std::cerr << "datablock: " << error.what() << '\n';
         return Tool::CallFailed;

@@ -1,0 +1,214 @@
+#include "Output.h"
+
+#include "Tool.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+
+namespace Tool {
+
+namespace {
+
+using Travik::TextCharset;
+using Travik::TextLines;
+
+/// 0, or an error number. Allocates nothing.
+int writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR)
+            return errno;
+        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return 0;
+}
+
+[[noreturn]] void end(std::string_view message) {
+    writeAll(STDERR_FILENO, message);
+    std::_Exit(CallFailed);
+}
+
+/// A standard stream's way to its descriptor.
+class Channel : public std::streambuf {
+public:
+    /// Standard error goes out line by line, standard output when the buffer is full or flushed. That standard output
+    /// cannot be written ends the tool at once: a text of gigabytes would be composed for nobody.
+    explicit Channel(int descriptor) : descriptor_(descriptor), isTerminal_(::isatty(descriptor) == 1) {}
+
+    bool isTerminal() const { return isTerminal_; }
+
+    /// What the bytes stand for that are written from now on.
+    void setCharset(TextCharset charset) {
+        if (isTerminal_ && charset != charset_)
+            drain(true);
+        charset_ = charset;
+    }
+
+private:
+    int descriptor_;
+    bool isTerminal_;
+    TextCharset charset_ = TextCharset::Utf8;
+    std::size_t used_ = 0;
+    std::array<char, 65536> buffer_;
+
+    int_type overflow(int_type character) override {
+        if (!traits_type::eq_int_type(character, traits_type::eof())) {
+            const char one = traits_type::to_char_type(character);
+            xsputn(&one, 1);
+        }
+        return traits_type::not_eof(character);
+    }
+
+    std::streamsize xsputn(const char* text, std::streamsize length) override {
+        for (std::string_view rest(text, static_cast<std::size_t>(length)); !rest.empty();) {
+            if (used_ == buffer_.size())
+                drain(false);
+            const std::size_t taken = rest.copy(buffer_.data() + used_, buffer_.size() - used_);
+            used_ += taken;
+            if (descriptor_ == STDERR_FILENO && rest.substr(0, taken).find('\n') != std::string_view::npos)
+                drain(true);
+            rest.remove_prefix(taken);
+        }
+        return length;
+    }
+
+    int sync() override {
+        // Standard error is flushed after each part of a line, which ends with the line.
+        if (descriptor_ == STDOUT_FILENO)
+            drain(true);
+        return 0;
+    }
+
+    /// Writes what was collected; unless it is all that will come, a character that is not whole yet stays.
+    void drain(bool isAll) {
+        const std::string_view collected(buffer_.data(), used_);
+        const bool mayBeCut = isTerminal_ && charset_ == TextCharset::Utf8 && !isAll;
+        const std::size_t whole = mayBeCut ? Travik::wholeUtf8(collected) : used_;
+        write(collected.substr(0, whole));
+        std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(whole),
+                  buffer_.begin() + static_cast<std::ptrdiff_t>(used_), buffer_.begin());
+        used_ -= whole;
+    }
+
+    void write(std::string_view bytes) const {
+        if (!isTerminal_) {
+            writeOut(bytes);
+            return;
+        }
+        std::array<char, 4096> safe;
+        while (!bytes.empty()) {
+            std::string_view part = bytes.substr(0, safe.size() / Travik::terminalTextGrowth);
+            if (charset_ == TextCharset::Utf8 && part.size() < bytes.size())
+                part = part.substr(0, Travik::wholeUtf8(part));
+            const char* const last = Travik::writeTerminalText(safe.data(), part, charset_);
+            writeOut({safe.data(), last});
+            bytes.remove_prefix(part.size());
+        }
+    }
+
+    void writeOut(std::string_view bytes) const {
+        const int error = writeAll(descriptor_, bytes);
+        if (error == 0 || descriptor_ == STDERR_FILENO)
+            return;
+        writeAll(STDERR_FILENO, "datablock: standard output: ");
+        writeAll(STDERR_FILENO, std::strerror(error));
+        end("\n");
+    }
+};
+
+/// Up to two characters for each.
+char* writeUtf8(char* out, std::string_view latin1) {
+    for (const char character : latin1) {
+        const auto code = static_cast<unsigned char>(character);
+        if (code >= 0x80)
+            *out++ = static_cast<char>(0xC0U | (code >> 6U));
+        *out++ = code < 0x80 ? character : static_cast<char>(0x80U | (code & 0x3FU));
+    }
+    return out;
+}
+
+Channel& standardOutput() {
+    static Channel channel(STDOUT_FILENO);
+    return channel;
+}
+
+Channel& standardError() {
+    static Channel channel(STDERR_FILENO);
+    return channel;
+}
+
+} // namespace
+
+void occupyStandardDescriptors() {
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (::fcntl(descriptor, F_GETFD) != -1 || errno != EBADF)
+            continue;
+        // The lowest that is free is this one. Open for what it is not used for.
+        if (::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY) != descriptor)
+            end("datablock: /dev/null cannot be opened in place of a closed standard stream\n");
+    }
+}
+
+void endOutOfMemory() { end("datablock: out of memory\n"); }
+
+StandardStreams::StandardStreams()
+    : out_(std::cout.rdbuf(&standardOutput())), err_(std::cerr.rdbuf(&standardError())) {}
+
+StandardStreams::~StandardStreams() {
+    std::cout.flush();
+    std::cout.rdbuf(out_);
+    std::cerr.rdbuf(err_);
+}
+
+std::ostream& operator<<(std::ostream& os, InLine name) {
+    const auto* const channel = dynamic_cast<const Channel*>(os.rdbuf());
+    if (channel && channel->isTerminal())
+        return os << Travik::terminalText(name.text, TextCharset::Utf8, TextLines::One);
+    return os << name.text;
+}
+
+std::string toUtf8(std::string_view latin1) {
+    std::string utf8(2 * latin1.size(), '\0');
+    utf8.resize(static_cast<std::size_t>(writeUtf8(utf8.data(), latin1) - utf8.data()));
+    return utf8;
+}
+
+BlockStream::BlockStream(Encoding encoding)
+    : std::ostream(nullptr),
+      buffer_(encoding == Encoding::Utf8 || (encoding == Encoding::Automatic && standardOutput().isTerminal())) {
+    rdbuf(&buffer_);
+    const bool asStored = encoding == Encoding::Latin1;
+    standardOutput().setCharset(asStored ? TextCharset::Latin1 : TextCharset::Utf8);
+}
+
+BlockStream::~BlockStream() { standardOutput().setCharset(TextCharset::Utf8); }
+
+BlockStream::Buffer::int_type BlockStream::Buffer::overflow(int_type character) {
+    if (!traits_type::eq_int_type(character, traits_type::eof())) {
+        const char one = traits_type::to_char_type(character);
+        xsputn(&one, 1);
+    }
+    return traits_type::not_eof(character);
+}
+
+std::streamsize BlockStream::Buffer::xsputn(const char* text, std::streamsize length) {
+    Channel& out = standardOutput();
+    if (!toUtf8_)
+        return out.sputn(text, length);
+    std::array<char, 4096> utf8;
+    for (std::string_view rest(text, static_cast<std::size_t>(length)); !rest.empty();) {
+        const std::string_view part = rest.substr(0, utf8.size() / 2);
+        out.sputn(utf8.data(), writeUtf8(utf8.data(), part) - utf8.data());
+        rest.remove_prefix(part.size());
+    }
+    return length;
+}
+
+} // namespace Tool
