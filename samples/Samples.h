@@ -42,6 +42,7 @@ std::vector<char> detectorBoard();
 std::vector<char> rfBoard();
 std::vector<char> vectorBoard();
 std::vector<char> mainBoard();
+std::vector<char> mainBoardIdentity();
 std::vector<char> dacBoard();
 std::vector<char> basebandInputBoard();
 std::vector<char> stepAttenuator();

@@ -48,6 +48,7 @@ constexpr Sample samples[] = {
     {"rf-board.bin", rfBoard},
     {"vector-board.bin", vectorBoard},
     {"main-board.bin", mainBoard},
+    {"main-board-identity.bin", mainBoardIdentity},
     {"dac-board.bin", dacBoard},
     {"baseband-input-board.bin", basebandInputBoard},
     {"step-attenuator.bin", stepAttenuator},
