@@ -97,7 +97,7 @@ private:
         used_ -= whole;
     }
 
-    void write(std::string_view bytes) {
+    void write(std::string_view bytes) const {
         if (!isTerminal_) {
             writeOut(bytes);
             return;
@@ -113,7 +113,7 @@ private:
         }
     }
 
-    void writeOut(std::string_view bytes) {
+    void writeOut(std::string_view bytes) const {
         const int error = writeAll(descriptor_, bytes);
         if (error == 0 || descriptor_ == STDERR_FILENO)
             return;
