@@ -44,7 +44,7 @@ Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
 
 /// A folder of its own with an image in it; the working directory meanwhile.
 class ImageWriter : public testing::Test {
-protected:
+public:
     ImageWriter() : before_(fs::current_path()) {
         std::string name = fs::temp_directory_path() / "travik-writer-XXXXXX";
         folder_ = ::mkdtemp(name.data());
@@ -58,6 +58,7 @@ protected:
         fs::remove_all(folder_, ignored);
     }
 
+protected:
     static void put(const std::string& path, std::string_view bytes) {
         const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         ASSERT_EQ(::write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size())) << path;
@@ -122,7 +123,7 @@ struct Fault {
 void inject(const std::vector<Fault>& faults) {
     ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
     for (const Fault& fault : faults) {
-        const auto offset = static_cast<unsigned int>(offsetof(seccomp_data, args) + 8 * fault.argument);
+        const auto offset = static_cast<unsigned int>(offsetof(seccomp_data, args) + std::size_t{8} * fault.argument);
         std::array<sock_filter, 7> filter{
             sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
             BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned int>(fault.call), 0, 4),
@@ -515,6 +516,8 @@ TEST_F(ImageWriter, KeepsOwnerGroupAndAccessList) {
 }
 
 TEST_F(ImageWriter, RightsOfOthersDoNotWiden) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only the superuser gives files and rights away";
     struct Case {
         unsigned int owner, group;
         mode_t mode;
@@ -533,8 +536,7 @@ TEST_F(ImageWriter, RightsOfOthersDoNotWiden) {
     for (const Case& test : cases) {
         SCOPED_TRACE(std::to_string(test.mode) + test.error + test.warning);
         put("image", "old bytes");
-        if (::chown("image", test.owner, test.group) != 0)
-            GTEST_SKIP() << "only the superuser gives files away";
+        ASSERT_EQ(::chown("image", test.owner, test.group), 0);
         ::chmod("image", test.mode);
         inChild([&] {
             becomeNobody();

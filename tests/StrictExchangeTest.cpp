@@ -40,6 +40,8 @@ std::string randomBlock(std::mt19937& random, const ExchangeFormat& format, Exch
     return block;
 }
 
+const std::string unicodeMinus = "\xE2\x88\x92\x35"; // with a digit behind it
+
 /// "line word: text; ..." of a reading into an empty block of two rows.
 template <class Block>
 std::string findings(const std::string& rows, const std::string& head = "COUNT: 2 * 1\n") {
@@ -144,20 +146,14 @@ TEST(StrictExchange, WordsAreWholeNumbersOfTheirKind) {
     const auto expectRefused = [](auto block, std::initializer_list<std::string> words, const std::string& why) {
         using Block = decltype(block);
         for (const std::string& word : words)
-            EXPECT_EQ(findings<Block>("1: " + word + "\n2: 0\n"), "3 " + word + ": " + why + "; ") << word;
+            EXPECT_EQ(findings<Block>("1: " + word + "\n2: 0\n"), "3 " + std::string(word).append(": " + why + "; "));
     };
-    expectRefused(KelWords(),
-                  {"-5", "+5", "0x", "0x0x1", "12.0", "g", "1_0",
-                   "\xE2\x88\x92"
-                   "5",
-                   "nan"},
+    expectRefused(KelWords(), {"-5", "+5", "0x", "0x0x1", "12.0", "g", "1_0", unicodeMinus, "nan"},
                   "not a hexadecimal number");
     expectRefused(KelWords(), {"100000000", "0x123456789"}, "more than 32 bits");
     expectRefused(Reals(),
-                  {"12,5", "abc", "0x10", "nano", "nan", "inf", "-infinity",
-                   "\xE2\x88\x92"
-                   "5",
-                   "1e", "+-1", "--1", "1.5.", "1d3", ".", "5\xC2\xB0"},
+                  {"12,5", "abc", "0x10", "nano", "nan", "inf", "-infinity", unicodeMinus, "1e", "+-1", "--1", "1.5.",
+                   "1d3", ".", "5\xC2\xB0"},
                   "not a decimal number");
     expectRefused(Reals(), {"1e400", "-1e400", "1e-400"}, "outside the range of the table");
     expectRefused(Hundredths(), {"1e40", "-3.5e38", "1e308"}, "outside the range of the table");
@@ -206,7 +202,8 @@ TEST(StrictExchange, TablesAreFoundByTheirWholeName) {
     EXPECT_EQ(read(dun).findings.at(0).text, "no line \"ID:\" with the key name RFBO_ATTREG_DATA");
     EXPECT_EQ(read("").findings.at(0).line, 0U);
     EXPECT_EQ(read("\xEF\xBB\xBF" + kel).findingCount, 0U);
-    for (const std::string& text : {dun + kel, kel + dun, "ID: IDENT_2\nwhatever: it says\n" + kel + dun}) {
+    const std::string other = "ID: IDENT_2\nwhatever: it says\n";
+    for (const std::string& text : {dun + kel, kel + dun, other + kel}) {
         const ExchangeReading reading = read(text);
         EXPECT_EQ(reading.findingCount, 0U);
         ASSERT_EQ(reading.changes.size(), 1U);
