@@ -42,34 +42,24 @@ private:
             found = true;
             // A stream of its own, in its default state: what a block leaves on it changes no other's text.
             std::ostringstream text;
-            const bool known = print(block, text);
+            print(block, text);
             if (!writeText(text.view(), encoding_))
                 return CallFailed;
-            const std::vector<Travik::ImageProblem> problems = module.problems(block);
-            // Bytes that are no block are not an unknown one as well.
-            if (!known && (problems.empty() || problems.front().fault >= Travik::ImageFault::OddSize)) {
-                reportProblem(image, block.offset, block.id, "unknown identifier");
-                status = DataWrong;
-            }
-            status = std::max(status, reportProblems(image, problems));
+            status = std::max(status, reportForTexts(image, module.findings(block)));
         }
-        if (!selector_.empty() && !found) {
-            std::cerr << image.name << ": no block " << selector_ << '\n';
-            status = DataWrong;
-        }
+        if (module.blocks().empty() || (!selector_.empty() && !found))
+            status = reportMissing(image, module, selector_);
         return status;
     }
 
-    bool print(const Travik::ImageBlock& block, std::ostream& os) {
+    void print(const Travik::ImageBlock& block, std::ostream& os) {
         const std::unique_ptr<Travik::HwDatablock> made = Travik::makeBlock(block);
         if (interpreter_->printHwDatablockOldStyleInfo(made.get(), os))
-            return true;
-        if (auto* const table = dynamic_cast<Travik::HwDatablock2Edition*>(made.get())) {
+            return;
+        if (auto* const table = dynamic_cast<Travik::HwDatablock2Edition*>(made.get()))
             table->printToStream2Edition(os, {});
-            return true;
-        }
-        made->printToStream(os);
-        return block.entry != nullptr;
+        else
+            made->printToStream(os);
     }
 };
 

@@ -58,7 +58,7 @@ private:
                 reportProblem(image, block.offset, block.id, "one more of this block, not exported");
         }
         if (!first)
-            std::cerr << image.name << ": no block " << selector_ << '\n';
+            reportMissing(image, module, selector_);
         return first;
     }
 };

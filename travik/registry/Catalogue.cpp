@@ -110,7 +110,7 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     instances<HwDatablockMbrdExtLevCalDataFreq_Enh, true>(12070, 12071),
     instances<HwDatablockMbrdExtLevCalData_Enh, true>(12080, 12081),
     instances<HwDatablockMbrdExtLevCalDataFreq2Edition_Enh, true>(12090, 12091),
-    instances<HwDatablockMbrdExtLevCalData2Edition_Enh, true, 13012>(12095, 12096),
+    instances<HwDatablockMbrdExtLevCalData2Edition_Enh, true, 13012>(12095, 12096).alsoOfSize(7012),
     instances<HwDatablockMbrdIqImbalanceRfFreq, true>(12100, 12103),
     instances<HwDatablockMbrdIqImbalanceRfEvenAmp, true>(12110, 12113),
     instances<HwDatablockMbrdIqImbalanceRfEvenPh, true>(12120, 12123),
