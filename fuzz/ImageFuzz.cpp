@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static_cast<void>(quiet);
     const std::span bytes(reinterpret_cast<const char*>(data), size);
     const Travik::ModuleImage module(bytes);
-    static_cast<void>(module.problems());
+    static_cast<void>(module.findings());
     NullBuffer buffer;
     // A conversion makes dictionaries of its own, which takes a thousand times as long as the rest: one an input.
     if (!module.blocks().empty())

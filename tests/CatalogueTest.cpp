@@ -60,6 +60,7 @@ TEST(Catalogue, EveryClassMakesItsBlock) {
         EXPECT_EQ(made->getId() == block.id, !others.contains(block.id)) << named(block);
         EXPECT_EQ(made->getBlockSize(), made->getByteArrayData().size()) << named(block);
         EXPECT_EQ(made->getByteArrayData().size() % 2, 0U) << named(block);
+        EXPECT_EQ(block.entry->sizes.front(), made->getBlockSize()) << named(block);
     }
 }
 

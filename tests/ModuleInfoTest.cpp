@@ -135,6 +135,7 @@ Counters                        Value         Backup
   Overload counter, value 2     17            17
   High-power counter, value 1   91            91
   High-power counter, value 2   6             5             <-- DIFFERENT
+Statistics                      Length        Backup
   Power-on count                4 bytes       4 bytes
   Operating time count          4 bytes       4 bytes       <-- DIFFERENT
 
@@ -192,6 +193,90 @@ TEST(ModuleInfo, MainBoardAndSingleCounters) {
     EXPECT_THAT(screenOf(board.bytes()), testing::HasSubstr("Instrument            ?[2JVQ\n"));
     EXPECT_THAT(screenOf(board.bytes()),
                 testing::HasSubstr("  Overload counter 2            9             none kept\n"));
+}
+
+TEST(ModuleInfo, Options) {
+    HwDatablockMiscIdent option(10503);
+    option.setName("STREAM");
+    option.setSerialNumber(5);
+    HwDatablockCwop6VcoIdent vco;
+    vco.setSerialNumber(7);
+    vco.setLotNumber(9);
+    HwDatablockMbrdTimeMonitoringData monitoring;
+    monitoring.setDate("2019-03-07");
+    std::unique_ptr<HwDatablock> counter = makeBlock(11304);
+    std::string counted = bytesOf(*counter);
+    counted.replace(8, 12, image({1, 0, 3, 0, 0x0201, 3}));
+    Module module;
+    module.add(option).add(vco).addSealed(std::move(monitoring)).addSealed(HwDatablockMiscIdent(10504));
+    const std::string bytes = module.bytes() + sealed(counted);
+    const json info = jsonOf(bytes);
+    EXPECT_EQ(info["further_idents"][0]["identity"]["serial_number"], 5);
+    EXPECT_EQ(info["further_idents"][1]["name"], "stream_auxiliary");
+    EXPECT_EQ(info["vco"], json::parse(R"({"serial_number": 7, "job_number": null, "lot_number": 9,
+        "checksum_ok": true})"));
+    EXPECT_EQ(info["time_monitoring"], json({{"date", "2019-03-07"}, {"checksum_ok", true}}));
+    EXPECT_EQ(info["statistics"], json::parse(R"([{"name": "attenuator_counter", "block": 11304, "length": 3,
+        "backup_block": null, "backup_length": null, "differs": null, "checksums_ok": true}])"));
+    EXPECT_THAT(screenOf(bytes), testing::HasSubstr(R"(
+Stream option         STREAM, serial number 5
+Stream auxiliary      not recorded
+VCO                   serial number 7, lot number 9
+Time monitoring       2019-03-07
+)"));
+    EXPECT_THAT(screenOf(bytes), testing::HasSubstr(R"(
+Statistics                      Length        Backup
+  Attenuator counter            3 bytes       none kept
+)"));
+}
+
+TEST(ModuleInfo, ServicesAndAddresses) {
+    const HwDatablockServiceData atOnce = service(200, 0x4D6F, "1ES3  ", 0);
+    Module module;
+    module.add(HwDatablockServiceData(atOnce)).add(HwDatablockServiceData(atOnce)).add(HwDatablockServiceData(atOnce));
+    const json info = jsonOf(module.bytes());
+    EXPECT_EQ(info["services_recorded"], 1) << "one an identifier";
+    EXPECT_EQ(info["last_service"]["operating_hours"], 0) << "recorded, since the date is";
+    EXPECT_EQ(info["last_service"]["turn_on_count"], 0);
+
+    const std::string six("\x00\x90\xB8\x12\x34\x56", 6);
+    const std::pair<std::string, json> addresses[] = {
+        {six + std::string(10, '\xFF'), "00:90:b8:12:34:56"}, // as a record that was taken over has it
+        {six.substr(0, 5) + std::string(11, '\xFF'), "00:90:b8:12:34:ff"},
+        {six + "ab", "00:90:b8:12:34:56:61:62"},
+        {std::string(16, '\xFF'), json()},
+        {std::string(6, '\0'), json()},
+        {"", json()},
+    };
+    for (const auto& [stored, shown] : addresses) {
+        HwDatablockMbrdMac mac;
+        mac.setMac(reinterpret_cast<const unsigned char*>(stored.data()), static_cast<unsigned int>(stored.size()));
+        Module board;
+        board.addSealed(std::move(mac));
+        EXPECT_EQ(jsonOf(board.bytes())["instrument"]["mac_address"], shown);
+    }
+}
+
+// What `dump` can print of a block that is shorter than its record by its own size word, `info` can say.
+TEST(ModuleInfo, ShorterBlocks) {
+    const auto shortened = [](HwDatablock&& block, std::size_t size) {
+        const std::string bytes =
+            bytesOf(block).substr(0, size).replace(2, 2, image({static_cast<unsigned int>(size)}));
+        return sealed(bytes);
+    };
+    const std::string bytes = shortened(ident(), 32) + shortened(service(200, 0x4D6F, "1ES3  ", 7), 16) +
+                              shortened(HwDatablockStatistic(), 8) + shortened(counter(11300, 3, 4), 12);
+    const json info = jsonOf(bytes);
+    EXPECT_EQ(info["identity"]["serial_number"], 100234);
+    EXPECT_EQ(info["identity"]["name"], "Dä") << "as far as it goes";
+    EXPECT_EQ(info["last_service"]["date"], "2018-11-15");
+    EXPECT_EQ(info["last_service"]["operating_hours"], json()) << "not 0: it is not there";
+    EXPECT_EQ(info["operating_hours"], json());
+    EXPECT_EQ(info["wear_counters"], json::array());
+    EXPECT_THAT(screenOf(bytes), testing::EndsWith("Image                 DAMAGED: wrong size word\n"));
+    // Longer ones, and such whose size word is wrong beyond doubt, are read as well.
+    HwDatablockIdent wrong = ident();
+    EXPECT_EQ(jsonOf(bytesOf(wrong).replace(2, 2, image({0})))["identity"]["serial_number"], 100234);
 }
 
 TEST(ModuleInfo, DamageIsShown) {

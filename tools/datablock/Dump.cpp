@@ -43,76 +43,40 @@ private:
             if (!selector_.empty() && !isSelected(block, selector_))
                 continue;
             found = true;
-            reportCounts(image, block);
+            const std::vector<Travik::ImageFinding> findings = module.findings(block);
+            // A count beyond what the record holds makes a long text of zeros, of which one should know before it
+            // comes.
+            for (const Travik::ImageFinding& finding : findings) {
+                if (finding.finding == Travik::Finding::CountBeyondCapacity)
+                    reportFinding(image, finding);
+            }
             // A stream of its own, in its default state: what a block leaves on it changes no other's text.
             BlockStream text(encoding_);
-            const bool known = print(block, *made, text);
-            const std::vector<Travik::ImageProblem> problems = module.problems(block);
-            // Bytes that are no block are not an unknown one as well.
-            if (!known && (problems.empty() || problems.front().fault >= Travik::ImageFault::OddSize)) {
-                reportProblem(image, block.offset, block.id, "unknown identifier");
-                status = DataWrong;
-            }
-            status = std::max(status, reportProblems(image, problems));
+            print(*made, text);
+            status = std::max(status, reportForTexts(image, findings));
         }
-        if (!selector_.empty() && !found) {
-            std::cerr << InLine{image.name} << ": no block " << InLine{selector_} << '\n';
-            status = DataWrong;
-        }
+        if (module.blocks().empty() || (!selector_.empty() && !found))
+            status = reportMissing(image, module, selector_);
         return status;
     }
 
     /// The tables of the IQ modulator's operating states print how many of them were made in the process. Here that
     /// counts the image's own, printed or not, so that an image has one text whatever was done before.
     std::unique_ptr<Travik::HwDatablock> make(const Travik::ImageBlock& block) {
-        unsigned int& counter = Travik::HwDatablockIqOp3RfmCalibData::instanceCounter;
+        auto& counter = Travik::HwDatablockIqOp3RfmCalibData::instanceCounter;
         counter = counted_;
         std::unique_ptr<Travik::HwDatablock> made = Travik::makeBlock(block);
         counted_ = counter;
         return made;
     }
 
-    /// A count beyond what the record holds makes a long text of zeros, of which one should know before it comes.
-    static void reportCounts(const Image& image, const Travik::ImageBlock& block) {
-        const Travik::FieldList fields =
-            block.entry ? block.entry->fields(*block.entry, block.id) : Travik::FieldList();
-        for (const Travik::Field& count : fields) {
-            const unsigned int capacity = capacityOf(fields, count);
-            if (count.role != Travik::Role::Count || capacity == 0)
-                continue;
-            Travik::visitFields(block.bytes, {&count, 1}, Travik::Extent::Whole, [&](const Travik::FieldValue& field) {
-                // Texts show every count as one without a sign.
-                const double shown = field.value < 0 ? field.value + 0x1p32 : field.value;
-                if (shown > capacity)
-                    reportProblem(image, block.offset, block.id,
-                                  "count beyond the capacity (" + std::string(count.name) + " is " +
-                                      std::to_string(static_cast<long long>(shown)) + ", room is for " +
-                                      std::to_string(capacity) + ")");
-            });
-        }
-    }
-
-    /// How many entries the field may count; 0 where it counts those of no other field.
-    static unsigned int capacityOf(const Travik::FieldList& fields, const Travik::Field& count) {
-        unsigned int capacity = 0;
-        for (const Travik::Field& field : fields) {
-            for (const Travik::Dimension& dimension : std::span(field.dimensions).first(field.rank)) {
-                if (dimension.count && dimension.count == std::string_view(count.name))
-                    capacity = std::max(capacity, dimension.extent);
-            }
-        }
-        return capacity;
-    }
-
-    bool print(const Travik::ImageBlock& block, Travik::HwDatablock& made, std::ostream& os) {
+    void print(Travik::HwDatablock& made, std::ostream& os) {
         if (interpreter_->printHwDatablockOldStyleInfo(&made, os))
-            return true;
-        if (auto* const table = dynamic_cast<Travik::HwDatablock2Edition*>(&made)) {
+            return;
+        if (auto* const table = dynamic_cast<Travik::HwDatablock2Edition*>(&made))
             table->printToStream2Edition(os, {});
-            return true;
-        }
-        made.printToStream(os);
-        return block.entry != nullptr;
+        else
+            made.printToStream(os);
     }
 };
 

@@ -55,7 +55,7 @@ private:
                 reportProblem(image, block.offset, block.id, "one more of this block, not exported");
         }
         if (!first)
-            std::cerr << InLine{image.name} << ": no block " << InLine{selector_} << '\n';
+            reportMissing(image, module, selector_);
         return first;
     }
 };

@@ -48,6 +48,21 @@ inline Json json(const Travik::ModuleInfo::Instrument& instrument) {
             {"checksums_ok", instrument.checksumsHold}};
 }
 
+inline Json json(const Travik::ModuleInfo::FurtherIdent& ident) {
+    return {{"name", ident.name}, {"block", ident.block}, {"identity", json(ident.identity)}};
+}
+
+inline Json json(const Travik::ModuleInfo::Vco& vco) {
+    return {{"serial_number", json(vco.serialNumber)},
+            {"job_number", json(vco.jobNumber)},
+            {"lot_number", json(vco.lotNumber)},
+            {"checksum_ok", vco.checksumHolds}};
+}
+
+inline Json json(const Travik::ModuleInfo::TimeMonitoring& monitoring) {
+    return {{"date", json(monitoring.date)}, {"checksum_ok", monitoring.checksumHolds}};
+}
+
 inline Json json(const Travik::ModuleInfo::Service& service) {
     return {{"block", service.block},
             {"date", json(service.date)},
@@ -79,8 +94,8 @@ inline Json json(const Travik::ModuleInfo::Counter& counter, bool isStatistic) {
             {"checksums_ok", counter.checksumsHold}};
 }
 
-inline Json json(const Travik::ImageProblem& problem) {
-    return {{"offset", problem.offset}, {"block", problem.id}, {"text", problem.text}};
+inline Json json(const Travik::ImageFinding& problem) {
+    return {{"offset", problem.offset}, {"block", json(problem.id)}, {"text", problem.text}};
 }
 
 } // namespace detail
@@ -97,6 +112,9 @@ inline Json toJson(const std::string& imageName, const Travik::ModuleInfo& info)
     return {{"image", imageName},
             {"identity", info.identity ? json(*info.identity) : Json()},
             {"instrument", info.instrument ? json(*info.instrument) : Json()},
+            {"further_idents", array(info.furtherIdents)},
+            {"vco", info.vco ? json(*info.vco) : Json()},
+            {"time_monitoring", info.timeMonitoring ? json(*info.timeMonitoring) : Json()},
             {"last_service", info.services.empty() ? Json() : json(info.services.back())},
             {"services_recorded", info.services.size()},
             {"modifications", info.modifications ? array(*info.modifications) : Json()},
@@ -107,6 +125,7 @@ inline Json toJson(const std::string& imageName, const Travik::ModuleInfo& info)
             {"statistics", array(info.statistics, true)},
             {"blocks", info.blocks},
             {"checksums_ok", info.wrongChecksums.empty()},
+            {"unchecked_blocks", info.uncheckedBlocks},
             {"problems", array(info.problems)}};
 }
 

@@ -12,6 +12,7 @@ namespace Tool {
 namespace {
 
 using Cells = std::array<std::string, 8>;
+using Widths = std::array<std::size_t, 8>;
 
 const Cells heading{"OFFSET", "ID", "KEY", "CLASS", "SIZE", "CHECKSUM", "CRC-32", "UPDATE"};
 constexpr std::array<bool, 8> isNumber{true, true, false, false, true, false, false, false};
@@ -32,31 +33,42 @@ private:
 
     int list(const Image& image) const {
         const Travik::ModuleImage module(image.bytes);
-        std::vector<Cells> table{heading};
-        for (const Travik::ImageBlock& block : module.blocks())
-            table.push_back(cells(block));
         if (paths_.size() > 1)
             std::cout << InLine{image.name} << ":\n";
-        write(table);
+        // Twice through the blocks: a million of them make a table that no memory needs to hold.
+        Widths widths{};
+        widen(widths, heading);
+        for (const Travik::ImageBlock& block : module.blocks())
+            widen(widths, cells(block));
+        write(widths, heading);
+        for (const Travik::ImageBlock& block : module.blocks())
+            write(widths, cells(block));
         std::cout << module.blocks().size() << (module.blocks().size() == 1 ? " block, " : " blocks, ") << module.end()
                   << " of " << image.bytes.size() << " bytes\n";
         if (!std::cout)
             return CallFailed;
-        return reportProblems(image, module.problems());
+        return reportFindings(image, module, true);
     }
 
     static Cells cells(const Travik::ImageBlock& block) {
-        const bool isEnd = block.id == 0xFFFF;
         return {std::to_string(block.offset),
                 std::to_string(block.id),
                 keyOf(block).empty() ? "-" : toUtf8(keyOf(block)),
                 classOf(block),
                 std::to_string(block.sizeWord),
-                isEnd                 ? "-"
-                : block.checksumHolds ? "ok"
-                                      : "wrong",
-                block.crcHolds ? "ok" : "-",
+                checksumOf(block),
+                block.crcHolds          ? "ok"
+                : block.isSecondEdition ? "wrong"
+                                        : "-",
                 updateIndexOf(block)};
+    }
+
+    static std::string checksumOf(const Travik::ImageBlock& block) {
+        if (block.isEnd())
+            return "-";
+        if (block.checksumChecked)
+            return block.checksumHolds ? "ok" : "wrong";
+        return block.checksumHolds ? "not checked" : "cut off";
     }
 
     static std::string classOf(const Travik::ImageBlock& block) {
@@ -73,18 +85,16 @@ private:
         return text.str();
     }
 
-    static void write(const std::vector<Cells>& table) {
-        std::array<std::size_t, 8> widths{};
-        for (const Cells& row : table) {
-            for (std::size_t i = 0; i < row.size(); ++i)
-                widths[i] = std::max(widths[i], row[i].size());
-        }
-        for (const Cells& row : table) {
-            for (std::size_t i = 0; i < row.size(); ++i) {
-                const bool last = i + 1 == row.size();
-                std::cout << (isNumber[i] ? std::right : std::left) << std::setw(last ? 0 : static_cast<int>(widths[i]))
-                          << row[i] << (last ? "\n" : "  ");
-            }
+    static void widen(Widths& widths, const Cells& row) {
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], row[i].size());
+    }
+
+    static void write(const Widths& widths, const Cells& row) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const bool last = i + 1 == row.size();
+            std::cout << (isNumber[i] ? std::right : std::left) << std::setw(last ? 0 : static_cast<int>(widths[i]))
+                      << row[i] << (last ? "\n" : "  ");
         }
     }
 };

@@ -28,15 +28,14 @@ private:
         BlockStream page(encoding_);
         Travik::HwDatablock2Edition().printDebugPageHeading(page, true);
         for (const Travik::ImageBlock& block : module.blocks()) {
-            const std::unique_ptr<Travik::HwDatablock> made = Travik::makeBlock(block);
-            auto* const table = dynamic_cast<Travik::HwDatablock2Edition*>(made.get());
-            if (!table)
+            if (!block.isSecondEdition)
                 continue;
+            const std::unique_ptr<Travik::HwDatablock> table = Travik::makeBlock(block);
             Travik::HwSDataBlockCfg cfg;
             cfg.blockName = QString::fromStdString(keyOf(block));
-            table->printDebugPageSummary(page, cfg);
+            static_cast<Travik::HwDatablock2Edition&>(*table).printDebugPageSummary(page, cfg);
         }
-        return reportProblems(image, module.problems());
+        return reportForTexts(image, module.findings()); // what is left out of the page may be a table
     }
 };
 

@@ -4,9 +4,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <iostream>
+#include <iterator>
 
 namespace Tool {
 
@@ -27,17 +29,63 @@ std::optional<Image> readImage(const std::string& path) {
     return std::nullopt;
 }
 
-void reportProblem(const Image& image, std::size_t offset, unsigned short id, std::string_view text) {
+namespace {
+
+void report(const Image& image, std::size_t offset, std::optional<unsigned short> id, std::string_view mark,
+            std::string_view text) {
     std::array<char, 16> hex;
     const char* const end = std::to_chars(hex.data(), hex.data() + hex.size(), offset, 16).ptr;
-    std::cerr << InLine{image.name} << ": offset " << offset << " (0x" << std::string_view(hex.data(), end)
-              << "), block " << id << ": " << text << '\n';
+    std::cerr << InLine{image.name} << ": offset " << offset << " (0x" << std::string_view(hex.data(), end) << ')';
+    if (id)
+        std::cerr << ", block " << *id;
+    std::cerr << ": " << mark << text << '\n';
 }
 
-int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& problems) {
-    for (const Travik::ImageProblem& problem : problems)
-        reportProblem(image, problem.offset, problem.id, problem.text);
-    return problems.empty() ? AllWell : DataWrong;
+bool isDamage(const Travik::ImageFinding& finding) { return finding.grade() == Travik::Grade::Damage; }
+
+} // namespace
+
+void reportProblem(const Image& image, std::size_t offset, unsigned short id, std::string_view text) {
+    report(image, offset, id, {}, text);
+}
+
+void reportFinding(const Image& image, const Travik::ImageFinding& finding) {
+    report(image, finding.offset, finding.id, isDamage(finding) ? "" : "note: ", finding.text);
+}
+
+int reportProblems(const Image& image, const std::vector<Travik::ImageFinding>& findings) {
+    for (const Travik::ImageFinding& finding : findings)
+        reportFinding(image, finding);
+    return std::ranges::any_of(findings, isDamage) ? DataWrong : AllWell;
+}
+
+int reportFindings(const Image& image, const Travik::ModuleImage& module, bool notes) {
+    int status = AllWell;
+    const auto tell = [&](const Travik::ImageFinding& finding) {
+        reportFinding(image, finding);
+        status = isDamage(finding) ? DataWrong : status;
+    };
+    if (notes)
+        module.visitFindings(tell);
+    else
+        module.visitProblems(tell);
+    return status;
+}
+
+int reportForTexts(const Image& image, const std::vector<Travik::ImageFinding>& findings) {
+    std::vector<Travik::ImageFinding> told;
+    std::ranges::copy_if(findings, std::back_inserter(told), [](const Travik::ImageFinding& finding) {
+        return isDamage(finding) || finding.finding == Travik::Finding::UnknownIdentifier;
+    });
+    return reportProblems(image, told);
+}
+
+int reportMissing(const Image& image, const Travik::ModuleImage& module, const std::string& selector) {
+    if (module.blocks().empty())
+        reportFindings(image, module, false);
+    else
+        std::cerr << InLine{image.name} << ": no block " << InLine{selector} << '\n';
+    return DataWrong;
 }
 
 std::string keyOf(const Travik::ImageBlock& block) {

@@ -64,8 +64,16 @@ int forEachImage(const std::vector<std::string>& paths, Function function) {
 
 /// One line on standard error: "<image>: offset <n> (0x<n>), block <id>: <text>".
 void reportProblem(const Image& image, std::size_t offset, unsigned short id, std::string_view text);
-/// Every problem of the image; the status that they make.
-int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& problems);
+/// A finding in the same form, a note marked as one, without the block where it is of the image as a whole.
+void reportFinding(const Image& image, const Travik::ImageFinding& finding);
+/// Reports findings; the status that they make: `DataWrong` where one of them is damage.
+int reportProblems(const Image& image, const std::vector<Travik::ImageFinding>& findings);
+/// The damage of a whole image, and with `notes` the notes, too.
+int reportFindings(const Image& image, const Travik::ModuleImage& module, bool notes);
+/// The same, and where a block has no text because its identifier is not known.
+int reportForTexts(const Image& image, const std::vector<Travik::ImageFinding>& findings);
+/// Says that a block is not in the image, unless there is none at all, which is said instead.
+int reportMissing(const Image& image, const Travik::ModuleImage& module, const std::string& selector);
 
 /// Selects blocks by identifier (a number) or by key name.
 bool isSelected(const Travik::ImageBlock& block, const std::string& selector);

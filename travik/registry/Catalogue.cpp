@@ -108,7 +108,7 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     rowsByInstance<HwDatablockMbrdExtLevCalDataFreq_Enh, true>(12070, 12071),
     rowsByInstance<HwDatablockMbrdExtLevCalData_Enh, true>(12080, 12081),
     rowsByInstance<HwDatablockMbrdExtLevCalDataFreq2Edition_Enh, true>(12090, 12091),
-    rowsByInstance<HwDatablockMbrdExtLevCalData2Edition_Enh, true, 13012>(12095, 12096),
+    rowsByInstance<HwDatablockMbrdExtLevCalData2Edition_Enh, true, 13012>(12095, 12096).alsoOfSize(7012),
     rowsByInstance<HwDatablockMbrdIqImbalanceRfFreq, true>(12100, 12103),
     rowsByInstance<HwDatablockMbrdIqImbalanceRfEvenAmp, true>(12110, 12113),
     rowsByInstance<HwDatablockMbrdIqImbalanceRfEvenPh, true>(12120, 12123),

@@ -4,6 +4,8 @@
 #include <travik/datablock/HwDatablock.h>
 #include <travik/text/TableBlock.h>
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <span>
 #include <string>
@@ -35,6 +37,10 @@ struct CatalogueEntry {
     TableSpec table{};
     /// How blocks of the class are exchanged as text; null where they are not.
     const ExchangeFormat* exchange = nullptr;
+    /// The sizes in bytes that blocks of the class come in, that of a new block first; 0: no further one.
+    std::array<unsigned short, 2> sizes{};
+
+    bool comesIn(unsigned int size) const { return size != 0 && std::ranges::find(sizes, size) != sizes.end(); }
 };
 
 /// Every class of the library, in ascending order of identifiers.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <travik/datablock/End.h>
 #include <travik/datablock/RecordFields.h>
 #include <travik/registry/Catalogue.h>
 #include <travik/text/TableTemplates.h>
@@ -44,6 +45,17 @@ FieldList fieldsOf(const CatalogueEntry& /*entry*/, [[maybe_unused]] int id) {
     }
 }
 
+/// Bytes of a new block's image.
+template <class Block>
+consteval unsigned short sizeOf() {
+    if constexpr (requires { Block::shape; })
+        return static_cast<unsigned short>(Block::shape.size());
+    else if constexpr (requires { typename Block::Record; })
+        return sizeof(typename Block::Record);
+    else
+        return sizeof(HwSDatablockEnd);
+}
+
 /// Sends every field of a record through the block's conversion routine.
 template <class Block, class Record>
 void restoreFrom(Block& block, Record* record) {
@@ -80,6 +92,13 @@ struct Row : CatalogueEntry {
         row.registered = false;
         return row;
     }
+
+    /// Blocks of this row come in another size as well.
+    constexpr Row alsoOfSize(unsigned short size) const {
+        Row row = *this;
+        row.sizes[1] = size;
+        return row;
+    }
 };
 
 using Create = std::unique_ptr<HwDatablock> (*)(const CatalogueEntry& entry, int id);
@@ -100,6 +119,7 @@ constexpr Row<Block> rowsMadeBy(int first, int last, Create create, Key key = ke
                     .restore = nullptr}};
     if constexpr (requires { Block::exchange; })
         row.exchange = &Block::exchange;
+    row.sizes[0] = sizeOf<Block>();
     return row;
 }
 

@@ -1,145 +1,225 @@
 #include <travik/datablock/Bytes.h>
+#include <travik/datablock/Checksum.h>
 #include <travik/registry/ModuleImage.h>
+#include <travik/tables/ElementKernels.h>
 #include <travik/tables/SecondEdition.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
+#include <cstdint>
 
 namespace Travik {
 
 namespace {
 
-constexpr unsigned short endBlockId = 0xFFFF;
 constexpr unsigned short endBlockSize = 4;
 constexpr std::size_t headerSize = sizeof(HwSDatablockHeader);
+constexpr std::size_t sizeOffset = offsetof(HwSDatablockHeader, blockSize);
+constexpr std::size_t crcEnd = headerSize + sizeof(std::uint32_t);
+/// From here on the checksum passes unread.
+constexpr unsigned short smallestUnread = 0x8000;
 
-bool cannotBeTrue(ImageFault fault) { return fault < ImageFault::OddSize; }
-
-std::unique_ptr<HwDatablock> makeBlock(const CatalogueEntry* entry, int id) {
-    return entry ? entry->create(*entry, id) : std::make_unique<HwDatablock>(false);
+bool beginsErased(std::span<const char> bytes) {
+    return std::ranges::all_of(bytes.first(std::min<std::size_t>(endBlockSize, bytes.size())),
+                               [](char byte) { return byte == '\xFF'; });
 }
 
-void setBytes(HwDatablock& block, std::span<const char> bytes) {
-    block.setData(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()));
+unsigned short sumOf(std::span<const char> bytes) { return sum16(bytes.data(), bytes.size()); }
+
+/// The sum that a block would have if its size word were its size.
+unsigned short sumAsSized(std::span<const char> bytes) {
+    return static_cast<unsigned short>(sumOf(bytes) - bytes::load<unsigned short>(bytes, sizeOffset) + bytes.size());
 }
+
+/// Whether the CRC-32 matches, or would if the size word were the size.
+bool crcMatches(std::span<const char> bytes) {
+    if (bytes.size() < crcEnd)
+        return false;
+    std::array<char, sizeOffset + sizeof(unsigned short)> head;
+    std::ranges::copy(bytes.first(head.size()), head.begin());
+    bytes::store(head, sizeOffset, static_cast<unsigned short>(bytes.size()));
+    const std::uint32_t crc = crc32(head.data(), head.size());
+    return crc32(bytes.data() + crcEnd, bytes.size() - crcEnd, crc) == bytes::load<std::uint32_t>(bytes, headerSize);
+}
+
+/// The bytes of a second-edition table that has rows and columns and only known types, without what may follow the
+/// values up to a whole word and, in the packed layout, two bytes more; 0 for anything else.
+std::size_t tableSize(std::span<const char> bytes) {
+    const SecondEditionHeader header(bytes);
+    const auto isKnown = [](ETypeId type) { return detail::elementCoding(type).code == type; };
+    if (header.rows == 0 || header.columns == 0 || !isKnown(header.rowIdType) || !isKnown(header.columnIdType))
+        return 0;
+    const std::span<const char> types = bytes::part(bytes, header.columnTypesAt, header.columns);
+    if (types.size() < header.columns || !std::ranges::all_of(types, [&](char type) {
+            return isKnown(static_cast<ETypeId>(static_cast<unsigned char>(type)));
+        }))
+        return 0;
+    const SecondEditionLayout layout(bytes);
+    return layout.rowSize > 0 && layout.end <= bytes.size() ? static_cast<std::size_t>(layout.end) : 0;
+}
+
+constexpr std::size_t mostBehindValues = 5;
 
 } // namespace
 
 ModuleImage::ModuleImage(std::span<const char> bytes) : bytes_(bytes) {
+    if (beginsErased(bytes_))
+        return;
     while (end_ < bytes_.size()) {
-        ImageBlock& block = blocks_.emplace_back(blockAt(end_));
+        const ImageBlock& block = blocks_.emplace_back(blockAt(end_));
         end_ = block.offset + block.bytes.size();
-        if (block.id == endBlockId)
+        if (block.isEnd() || !block.endsKnown)
             break;
-        if (!block.faults.empty() && cannotBeTrue(block.faults.front())) {
-            const auto next = soundBlockBehind(block);
-            if (!next)
-                break;
-            block.bytes = bytes_.subspan(block.offset, *next - block.offset);
-            end_ = *next;
-        }
     }
 }
 
 ImageBlock ModuleImage::blockAt(std::size_t offset) const {
-    const std::span<const char> rest = bytes_.subspan(offset);
-    ImageBlock block;
-    block.offset = offset;
-    block.id = bytes::load<unsigned short>(rest, 0);
-    block.entry = rest.size() >= sizeof block.id ? findEntry(block.id) : nullptr;
-    const bool isEnd = rest.size() >= sizeof block.id && block.id == endBlockId;
-    block.sizeWord = isEnd ? endBlockSize : bytes::load<unsigned short>(rest, offsetof(HwSDatablockHeader, blockSize));
-    block.bytes = rest.first(std::min<std::size_t>(block.sizeWord, rest.size()));
+    ImageBlock block = asWritten(offset);
+    if (block.isEnd() || block.findings.has(Finding::TruncatedHeader))
+        return block;
+    if (block.entry)
+        believeClass(block);
+    else
+        believeTable(block);
 
-    const auto fault = [&](ImageFault found) { block.faults.push_back(found); };
-    if (rest.size() < (isEnd ? endBlockSize : headerSize)) {
-        fault(ImageFault::TruncatedHeader);
-        block.bytes = rest;
-    } else if (block.sizeWord == 0) {
-        fault(ImageFault::ZeroSize);
-        block.bytes = rest.first(headerSize);
-    } else if (block.sizeWord < headerSize && !isEnd) {
-        fault(ImageFault::SizeBelowHeader);
-        block.bytes = rest.first(headerSize);
-    } else if (block.sizeWord > rest.size()) {
-        fault(ImageFault::SizePastEnd);
-    }
-    if (block.sizeWord % 2 != 0 && block.faults.empty())
-        fault(ImageFault::OddSize);
-
-    // A fresh base block verifies as every block but the end block does.
-    HwDatablock plain(false);
-    setBytes(plain, block.bytes);
-    block.checksumHolds = isEnd || plain.verifyChecksum();
-    block.crcHolds = !isEnd && block.bytes.size() >= headerSize + 4 && plain.verifyChecksum32();
-    block.isSecondEdition =
-        block.crcHolds && !block.entry && SecondEditionLayout(block.bytes).end <= block.bytes.size();
-    if (!block.checksumHolds && (block.faults.empty() || !cannotBeTrue(block.faults.front())))
-        fault(ImageFault::WrongChecksum);
+    const bool isSized = block.sizeWord == block.bytes.size();
+    if (block.endsKnown &&
+        (isSized ? !block.checksumHolds : sumAsSized(block.bytes) != 0 && block.bytes.size() < smallestUnread))
+        block.findings.add(Finding::WrongChecksum);
+    if (block.isSecondEdition && isSized && !block.crcHolds)
+        block.findings.add(Finding::WrongCrc);
+    if (!block.entry && !block.isSecondEdition && block.endsKnown)
+        block.findings.add(Finding::UnknownIdentifier);
+    if (block.checksumHolds && !block.checksumChecked &&
+        bytes::load<unsigned short>(block.bytes, offsetof(HwSDatablockHeader, checksum)) != 0)
+        block.findings.add(Finding::StrayChecksum);
     return block;
 }
 
-std::optional<std::size_t> ModuleImage::soundBlockBehind(const ImageBlock& block) const {
-    if (!block.entry)
-        return std::nullopt;
-    const std::size_t recordSize = makeBlock(block.entry, block.id)->getBlockSize();
-    const std::size_t next = block.offset + recordSize;
-    if (recordSize == block.sizeWord || next >= bytes_.size())
-        return std::nullopt;
-    const ImageBlock candidate = blockAt(next);
-    // From 32768 bytes on every checksum passes, which says nothing of an identifier that nobody knows.
-    const bool known = candidate.entry || candidate.isSecondEdition || candidate.sizeWord < 0x8000;
-    return known && candidate.faults.empty() ? std::optional(next) : std::nullopt;
-}
+/// The block by its own words.
+ImageBlock ModuleImage::asWritten(std::size_t offset) const {
+    const std::span<const char> rest = bytes_.subspan(offset);
+    ImageBlock block;
+    block.offset = offset;
+    block.bytes = rest;
+    block.id = bytes::load<unsigned short>(rest, 0);
+    if (rest.size() >= sizeof block.id)
+        block.entry = findEntry(block.id);
+    const bool isEnd = block.isEnd();
+    block.sizeWord = isEnd ? endBlockSize : bytes::load<unsigned short>(rest, sizeOffset);
 
-std::string_view faultName(ImageFault fault) {
-    switch (fault) {
-    case ImageFault::TruncatedHeader:
-        return "truncated header";
-    case ImageFault::ZeroSize:
-        return "size word 0";
-    case ImageFault::SizeBelowHeader:
-        return "size word below the header";
-    case ImageFault::SizePastEnd:
-        return "size word past the end of the data";
-    case ImageFault::OddSize:
-        return "odd size word";
-    case ImageFault::WrongChecksum:
-        return "wrong checksum";
+    if (rest.size() < (isEnd ? endBlockSize : headerSize))
+        block.findings.add(Finding::TruncatedHeader);
+    else if (block.sizeWord == 0)
+        block.findings.add(Finding::ZeroSize);
+    else if (block.sizeWord < headerSize && !isEnd)
+        block.findings.add(Finding::SizeBelowHeader);
+    else if (block.sizeWord > rest.size())
+        block.findings.add(Finding::SizePastEnd);
+    block.endsKnown = block.findings.empty();
+    if (isEnd) {
+        block.bytes = rest.first(std::min<std::size_t>(endBlockSize, rest.size()));
+        block.checksumHolds = true;
+    } else if (block.endsKnown) {
+        if (block.sizeWord % 2 != 0)
+            block.findings.add(Finding::OddSize);
+        resize(block, block.sizeWord);
+    } else if (block.sizeWord < headerSize) {
+        block.bytes = rest.first(std::min(headerSize, rest.size()));
     }
-    return "";
+    return block;
 }
 
-std::vector<ImageProblem> ModuleImage::problems() const {
-    std::vector<ImageProblem> all;
-    for (const ImageBlock& block : blocks_) {
-        std::vector<ImageProblem> some = problems(block);
-        all.insert(all.end(), std::make_move_iterator(some.begin()), std::make_move_iterator(some.end()));
+/// Gives the block its extent, and sees to its sums.
+void ModuleImage::resize(ImageBlock& block, std::size_t size) const {
+    block.bytes = bytes_.subspan(block.offset, size);
+    block.endsKnown = true;
+    const bool isSized = size == block.sizeWord;
+    const bool isRight = isSized && sumOf(block.bytes) == 0;
+    const bool isUnread = isSized && size >= smallestUnread;
+    block.checksumHolds = isRight || isUnread;
+    block.checksumChecked = isRight || !isUnread;
+    block.crcHolds = isSized && crcMatches(block.bytes);
+}
+
+/// Holds the size word against the class, and goes by the class where that is the better guess.
+void ModuleImage::believeClass(ImageBlock& block) const {
+    if (block.entry->comesIn(block.sizeWord))
+        return;
+    block.findings.remove(Finding::OddSize);
+    if (block.findings.empty())
+        block.findings.add(Finding::WrongSize);
+    if (block.checksumHolds && block.checksumChecked)
+        return; // it vouches for the size word, too
+
+    const std::size_t rest = bytes_.size() - block.offset;
+    const auto isPossible = [&](std::size_t size) { return size != 0 && size <= rest; };
+    const auto fits = [&](std::size_t size) {
+        return isPossible(size) && sumAsSized(bytes_.subspan(block.offset, size)) == 0;
+    };
+    const auto leadsOn = [&](std::size_t size) { return isPossible(size) && makesSense(block.offset + size); };
+    const auto& sizes = block.entry->sizes;
+    auto size = std::ranges::find_if(sizes, fits);
+    if (size == sizes.end())
+        size = std::ranges::find_if(sizes, leadsOn);
+    if (size != sizes.end())
+        resize(block, *size);
+    else if (!block.endsKnown) // the record may be there even so
+        block.bytes = bytes_.subspan(block.offset, std::min<std::size_t>(sizes.front(), rest));
+}
+
+/// Whether the block is a second-edition table, also by its shape alone, or with another size than it says.
+void ModuleImage::believeTable(ImageBlock& block) const {
+    if (block.crcHolds && SecondEditionLayout(block.bytes).end <= block.bytes.size()) {
+        block.isSecondEdition = true;
+        return;
     }
-    return all;
-}
-
-std::vector<ImageProblem> ModuleImage::problems(const ImageBlock& block) const {
-    std::vector<ImageProblem> problems;
-    for (const ImageFault fault : block.faults) {
-        std::string text(faultName(fault));
-        if (fault == ImageFault::SizeBelowHeader || fault == ImageFault::SizePastEnd || fault == ImageFault::OddSize)
-            text += " (" + std::to_string(block.sizeWord) + ")";
-        const bool isLast = !blocks_.empty() && block.offset == blocks_.back().offset;
-        if (cannotBeTrue(fault) && isLast && block.id != endBlockId)
-            text += ", what follows cannot be found";
-        problems.push_back({block.offset, block.id, fault, std::move(text)});
+    if (block.endsKnown) {
+        const std::size_t own = tableSize(block.bytes);
+        block.isSecondEdition = own != 0 && block.bytes.size() - own <= mostBehindValues;
+        if (block.isSecondEdition || (block.checksumHolds && block.checksumChecked))
+            return;
     }
-    return problems;
+    const std::span<const char> rest = bytes_.subspan(block.offset);
+    const std::span<const char> most = rest.first(std::min<std::size_t>(rest.size(), 0xFFFF));
+    const std::size_t least = tableSize(most);
+    if (least == 0)
+        return;
+    for (std::size_t size = least + least % 2; size <= std::min(least + mostBehindValues, most.size()); size += 2) {
+        if (!crcMatches(most.first(size)))
+            continue;
+        block.isSecondEdition = true;
+        block.findings.remove(Finding::OddSize);
+        if (block.findings.empty())
+            block.findings.add(Finding::WrongSize);
+        resize(block, size);
+        return;
+    }
 }
 
-std::vector<ImageProblem> checkImage(std::span<const char> bytes) { return ModuleImage(bytes).problems(); }
+/// Whether a block stands there, going by its header and sums, or the data end there.
+bool ModuleImage::makesSense(std::size_t offset) const {
+    if (offset == bytes_.size())
+        return true;
+    const ImageBlock block = asWritten(offset);
+    if (!block.endsKnown || block.isEnd())
+        return block.endsKnown;
+    return block.entry ? block.entry->comesIn(block.sizeWord)
+                       : block.crcHolds || (block.checksumHolds && block.checksumChecked);
+}
+
+std::vector<ImageFinding> checkImage(std::span<const char> bytes) { return ModuleImage(bytes).problems(); }
 
 std::unique_ptr<HwDatablock> makeBlock(const ImageBlock& block) {
-    std::unique_ptr<HwDatablock> made =
-        block.isSecondEdition ? std::make_unique<HwDatablock2Edition>() : makeBlock(block.entry, block.id);
-    setBytes(*made, block.bytes);
+    std::unique_ptr<HwDatablock> made;
+    if (block.isSecondEdition)
+        made = std::make_unique<HwDatablock2Edition>();
+    else if (block.entry)
+        made = block.entry->create(*block.entry, block.id);
+    else
+        made = std::make_unique<HwDatablock>(false);
+    made->setData(reinterpret_cast<const unsigned char*>(block.bytes.data()),
+                  static_cast<unsigned int>(block.bytes.size()));
     made->setEepromAddress(static_cast<unsigned int>(block.offset));
     return made;
 }

@@ -1,3 +1,4 @@
+#include <travik/datablock/Bytes.h>
 #include <travik/datablock/Ident.h>
 #include <travik/datablock/PackedDate.h>
 #include <travik/records/IdentityRecords.h>
@@ -13,20 +14,26 @@ namespace Travik {
 
 namespace {
 
-constexpr unsigned short endBlockId = 0xFFFF;
-
-bool holdsItsRecord(const ImageBlock& block) {
-    return block.bytes.size() >= makeBlock(static_cast<int>(block.id))->getBlockSize();
-}
+/// What a block must have for its values to be read: all of its record, or only not to be cut off. A block that says
+/// itself that it is shorter is read as far as it goes.
+enum class Need : unsigned char { WholeRecord, WhatIsThere };
 
 /// The block that speaks for an identifier, or null.
-const ImageBlock* find(const ModuleImage& image, int id) {
+const ImageBlock* find(const ModuleImage& image, int id, Need need = Need::WholeRecord) {
     const ImageBlock* found = nullptr;
     for (const ImageBlock& block : image.blocks()) {
-        if (block.id == id && (!found || (!found->checksumHolds && block.checksumHolds)) && holdsItsRecord(block))
+        if (block.id != id || block.isEnd() || (found && (found->checksumHolds || !block.checksumHolds)))
+            continue;
+        if (block.bytes.size() >= block.entry->sizes.front() || (need == Need::WhatIsThere && block.endsKnown))
             found = &block;
     }
     return found;
+}
+
+/// Whether a field of the block's record is there.
+template <auto Member>
+bool holds(const ImageBlock& block) {
+    return bytes::inside(block.bytes.size(), detail::memberOffset<Member>(), sizeof(detail::MemberType<Member>));
 }
 
 template <class Block>
@@ -60,17 +67,12 @@ ModuleInfo::Text text(std::string_view latin1) {
 
 ModuleInfo::Text text(const QString& value) { return text(toLatin1(value)); }
 
-std::optional<ModuleInfo::Identity> identityOf(const ModuleImage& image) {
-    const ImageBlock* block = find(image, 2);
-    if (!block)
-        block = find(image, 10);
-    if (!block)
-        return std::nullopt;
-    const auto ident = open<HwDatablockIdent>(*block);
+ModuleInfo::Identity identityOf(const ImageBlock& block) {
+    const auto ident = open<IdentBlock>(block);
     ModuleInfo::Identity identity;
     identity.name = text(ident->getName());
     const unsigned int part = ident->getPartNumber();
-    if (setNumber(part)) {
+    if (setNumber(part) && holds<&IdentBlock::Record::variant>(block)) {
         identity.variant = ident->getVariant();
         identity.partNumber =
             QString::asprintf("%u.%04u.%02u", part / 10000, part % 10000, *identity.variant).toStdString();
@@ -80,15 +82,61 @@ std::optional<ModuleInfo::Identity> identityOf(const ModuleImage& image) {
     identity.hardwareCode = setNumber(ident->getHardwareCode());
     if (const auto index = setNumber(ident->getProductIndex()))
         identity.productIndex = QString::asprintf("%02u.%02u", *index / 100, *index % 100).toStdString();
-    identity.checksumHolds = block->checksumHolds;
+    identity.checksumHolds = block.checksumHolds;
     return identity;
 }
 
+std::optional<ModuleInfo::Identity> identityOf(const ModuleImage& image) {
+    const ImageBlock* block = find(image, 2, Need::WhatIsThere);
+    if (!block)
+        block = find(image, 10, Need::WhatIsThere);
+    return block ? std::optional(identityOf(*block)) : std::nullopt;
+}
+
+std::vector<ModuleInfo::FurtherIdent> furtherIdentsOf(const ModuleImage& image) {
+    constexpr struct {
+        int id;
+        std::string_view name;
+        std::string_view label;
+    } kinds[] = {{10503, "stream_option", "Stream option"}, {10504, "stream_auxiliary", "Stream auxiliary"}};
+    std::vector<ModuleInfo::FurtherIdent> idents;
+    for (const auto& kind : kinds) {
+        if (const ImageBlock* const block = find(image, kind.id, Need::WhatIsThere))
+            idents.push_back({kind.id, kind.name, kind.label, identityOf(*block)});
+    }
+    return idents;
+}
+
+std::optional<ModuleInfo::Vco> vcoOf(const ModuleImage& image) {
+    const ImageBlock* const block = find(image, 10502, Need::WhatIsThere);
+    if (!block)
+        return std::nullopt;
+    const auto vco = open<HwDatablockCwop6VcoIdent>(*block);
+    return ModuleInfo::Vco{setNumber(vco->getSerialNumber()), setNumber(vco->getJobNumber()),
+                           setNumber(vco->getLotNumber()), block->checksumHolds};
+}
+
+std::optional<ModuleInfo::TimeMonitoring> timeMonitoringOf(const ModuleImage& image) {
+    const ImageBlock* const block = find(image, 12008, Need::WhatIsThere);
+    if (!block)
+        return std::nullopt;
+    const auto fields = block->entry->fields(*block->entry, block->id);
+    const auto day = std::ranges::find(fields, Role::Text, &Field::role);
+    return ModuleInfo::TimeMonitoring{text(bytes::text(block->bytes, day->offset, day->width)), block->checksumHolds};
+}
+
+/// The address without the filler behind its six bytes, with which it is stored where a whole record is taken over.
 ModuleInfo::Text macAddress(const HwDatablockMbrdMac& block) {
+    constexpr unsigned int shortest = 6;
     unsigned int length = 0;
     const unsigned char* const mac = block.getMac(&length);
     length = std::min<unsigned int>(length, sizeof(HwSDatablockMbrdMac::mac));
-    if (std::all_of(mac, mac + length, [](unsigned char byte) { return byte == 0xFF; }))
+    while (length > shortest && mac[length - 1] == 0xFF)
+        --length;
+    const auto all = [&](unsigned char filler) {
+        return std::all_of(mac, mac + length, [&](unsigned char byte) { return byte == filler; });
+    };
+    if (all(0xFF) || all(0))
         return std::nullopt;
     std::string address;
     for (unsigned int i = 0; i < length; ++i)
@@ -97,9 +145,9 @@ ModuleInfo::Text macAddress(const HwDatablockMbrdMac& block) {
 }
 
 std::optional<ModuleInfo::Instrument> instrumentOf(const ModuleImage& image) {
-    const ImageBlock* const model = find(image, 12001);
-    const ImageBlock* const number = find(image, 12000);
-    const ImageBlock* const mac = find(image, 12004);
+    const ImageBlock* const model = find(image, 12001, Need::WhatIsThere);
+    const ImageBlock* const number = find(image, 12000, Need::WhatIsThere);
+    const ImageBlock* const mac = find(image, 12004, Need::WhatIsThere);
     if (!model && !number && !mac)
         return std::nullopt;
     ModuleInfo::Instrument instrument;
@@ -114,28 +162,35 @@ std::optional<ModuleInfo::Instrument> instrumentOf(const ModuleImage& image) {
     return instrument;
 }
 
+/// What a service block records; nothing where nothing was ever set.
+std::optional<ModuleInfo::Service> serviceOf(const ImageBlock& block) {
+    const auto data = open<HwDatablockServiceData>(block);
+    ModuleInfo::Service service;
+    service.block = block.id;
+    service.date = date(data->getServiceDate());
+    const std::string_view department(data->getDepartment(), sizeof(HwSDatablockServiceData::department));
+    if (department != "000000") // as a new block has it
+        service.department = text(department.substr(0, department.find('\0')));
+    // With a date, 0 hours and 0 times are what was recorded.
+    const unsigned int time = data->getOpTime();
+    if (holds<&HwSDatablockServiceData::opTime>(block) && (service.date ? count(time) : setNumber(time))) {
+        service.operatingHours = data->getOpTimeHours();
+        service.turnOnCount = data->getOpTimeTurnOn();
+    }
+    service.repairNumber = setNumber(data->getRepairNumber());
+    service.serviceCode = setNumber(data->getServiceCode());
+    service.checksumHolds = block.checksumHolds;
+    const bool isSet =
+        service.date || service.department || service.operatingHours || service.repairNumber || service.serviceCode;
+    return isSet ? std::optional(std::move(service)) : std::nullopt;
+}
+
 std::vector<ModuleInfo::Service> servicesOf(const ModuleImage& image) {
     std::vector<ModuleInfo::Service> services;
-    for (const ImageBlock& block : image.blocks()) {
-        const bool isService = (block.id >= 200 && block.id <= 209) || block.id == 299;
-        if (!isService || !holdsItsRecord(block))
-            continue;
-        const auto data = open<HwDatablockServiceData>(block);
-        ModuleInfo::Service service;
-        service.block = block.id;
-        service.date = date(data->getServiceDate());
-        const std::string_view department(data->getDepartment(), sizeof(HwSDatablockServiceData::department));
-        if (department != "000000") // as a new block has it
-            service.department = text(department.substr(0, department.find('\0')));
-        if (setNumber(data->getOpTime())) {
-            service.operatingHours = data->getOpTimeHours();
-            service.turnOnCount = data->getOpTimeTurnOn();
-        }
-        service.repairNumber = setNumber(data->getRepairNumber());
-        service.serviceCode = setNumber(data->getServiceCode());
-        service.checksumHolds = block.checksumHolds;
-        if (service.date || service.department || service.operatingHours || service.repairNumber || service.serviceCode)
-            services.push_back(std::move(service));
+    for (const int id : {200, 201, 202, 203, 204, 205, 206, 207, 208, 209, 299}) {
+        const ImageBlock* const block = find(image, id, Need::WhatIsThere);
+        if (auto service = block ? serviceOf(*block) : std::nullopt)
+            services.push_back(std::move(*service));
     }
     const auto rank = [](const ModuleInfo::Service& service) {
         return std::tuple(service.checksumHolds, service.date, service.operatingHours);
@@ -170,32 +225,41 @@ constexpr CounterBlocks wearCounterBlocks[] = {
 constexpr CounterBlocks statisticBlocks[] = {
     {11310, 11311, "power_on_count", "Power-on count"},
     {11312, 11313, "operating_time_count", "Operating time count"},
+    {11304, 0, "attenuator_counter", "Attenuator counter"},
 };
 
-/// All values in use, in record order.
-std::vector<double> valuesInUse(const ImageBlock& block) {
-    std::vector<double> values;
-    visitFields(block.bytes, block.entry->fields(*block.entry, block.id), Extent::Used,
-                [&](const FieldValue& value) { values.push_back(value.value); });
+/// The values in use, in record order: the counts, and what they count.
+struct Values {
+    std::vector<double> counts;
+    std::vector<double> counted;
+
+    friend bool operator==(const Values&, const Values&) = default;
+};
+
+Values valuesInUse(const ImageBlock& block) {
+    Values values;
+    visitFields(block.bytes, block.entry->fields(*block.entry, block.id), Extent::Used, [&](const FieldValue& value) {
+        (value.field.role == Role::Count ? values.counts : values.counted).push_back(value.value);
+    });
     return values;
 }
 
 /// A counter's numbers.
-std::vector<ModuleInfo::Number> countsOf(const std::vector<double>& values) {
+std::vector<ModuleInfo::Number> countsOf(const Values& values) {
     std::vector<ModuleInfo::Number> counts;
-    for (const double value : values)
+    for (const double value : values.counted)
         counts.push_back(count(static_cast<unsigned int>(value)));
     return counts;
 }
 
-/// A statistic's length, which is stored before its bytes; none where no byte was ever set.
-std::vector<ModuleInfo::Number> lengthOf(const std::vector<double>& values) {
+/// The bytes of a statistic; none where no byte was ever set.
+std::vector<ModuleInfo::Number> lengthOf(const Values& values) {
     const auto all = [&](double byte) {
-        return std::all_of(values.begin() + 1, values.end(), [&](double value) { return value == byte; });
+        return std::ranges::all_of(values.counted, [&](double value) { return value == byte; });
     };
     if (all(0.0) || all(255.0))
         return {std::nullopt};
-    return {static_cast<unsigned int>(values.size() - 1)};
+    return {static_cast<unsigned int>(values.counted.size())};
 }
 
 template <class Summary>
@@ -207,8 +271,8 @@ std::vector<ModuleInfo::Counter> countersOf(const ModuleImage& image, std::span<
         const ImageBlock* const backup = kind.backup != 0 ? find(image, kind.backup) : nullptr;
         if (!block && !backup)
             continue;
-        const auto values = block ? valuesInUse(*block) : std::vector<double>();
-        const auto backupValues = backup ? valuesInUse(*backup) : std::vector<double>();
+        const Values values = block ? valuesInUse(*block) : Values();
+        const Values backupValues = backup ? valuesInUse(*backup) : Values();
         ModuleInfo::Counter& counter = counters.emplace_back(
             ModuleInfo::Counter{kind.id, kind.backup, kind.name, kind.label, {}, {}, std::nullopt});
         if (block)
@@ -233,8 +297,11 @@ ModuleInfo moduleInfo(const ModuleImage& image) {
     ModuleInfo info;
     info.identity = identityOf(image);
     info.instrument = instrumentOf(image);
+    info.furtherIdents = furtherIdentsOf(image);
+    info.vco = vcoOf(image);
+    info.timeMonitoring = timeMonitoringOf(image);
     info.services = servicesOf(image);
-    if (const ImageBlock* const block = find(image, 100)) {
+    if (const ImageBlock* const block = find(image, 100, Need::WhatIsThere)) {
         info.modifications = modificationsOf(*block);
         info.modificationsChecksumHolds = block->checksumHolds;
     }
@@ -245,13 +312,13 @@ ModuleInfo moduleInfo(const ModuleImage& image) {
     info.wearCounters = countersOf(image, wearCounterBlocks, countsOf);
     info.statistics = countersOf(image, statisticBlocks, lengthOf);
     for (const ImageBlock& block : image.blocks()) {
-        if (block.id == endBlockId)
+        if (block.isEnd())
             continue;
         ++info.blocks;
-        const bool wasRead =
-            std::ranges::none_of(block.faults, [](ImageFault fault) { return fault < ImageFault::OddSize; });
-        if (!wasRead || !block.checksumHolds)
+        if (!block.checksumHolds)
             info.wrongChecksums.push_back(block.id);
+        else if (!block.checksumChecked)
+            ++info.uncheckedBlocks;
     }
     info.problems = image.problems();
     return info;

@@ -11,7 +11,8 @@ namespace Travik {
 ///
 /// A value that the image does not hold, or that was never set, is empty: a truncated block's, an erased one (all
 /// ones), a number 0 where 0 stands for "not set". Counts and operating hours may be 0. Where a block occurs more than
-/// once the first whose checksum holds speaks, else the first. Texts are UTF-8.
+/// once the first whose checksum holds speaks, else the first. A block that is shorter than its record by its own size
+/// word is read as far as it goes, counters and operating hours apart. Texts are UTF-8.
 struct ModuleInfo {
     using Date = std::chrono::year_month_day;
     using Number = std::optional<unsigned int>;
@@ -37,11 +38,31 @@ struct ModuleInfo {
         bool checksumsHold = true;
     };
 
+    /// From the ident block of an option.
+    struct FurtherIdent {
+        int block;
+        std::string_view name;  ///< for a script, stable
+        std::string_view label; ///< for a person
+        Identity identity;
+    };
+
+    struct Vco {
+        Number serialNumber;
+        Number jobNumber;
+        Number lotNumber;
+        bool checksumHolds = true;
+    };
+
+    struct TimeMonitoring {
+        Text date; ///< as it was stored
+        bool checksumHolds = true;
+    };
+
     struct Service {
         int block = 0; ///< identifier
         std::optional<Date> date;
         Text department;
-        Number operatingHours; ///< at the service
+        Number operatingHours; ///< at the service; 0 only where the date is set
         Number turnOnCount;    ///< the same
         Number repairNumber;
         Number serviceCode;
@@ -71,7 +92,11 @@ struct ModuleInfo {
 
     std::optional<Identity> identity;
     std::optional<Instrument> instrument;
-    /// Those that were recorded, the latest last; those whose checksum does not hold before all others.
+    std::vector<FurtherIdent> furtherIdents; ///< those that the image has
+    std::optional<Vco> vco;
+    std::optional<TimeMonitoring> timeMonitoring;
+    /// Those that were recorded, one an identifier, the latest last; those whose checksum does not hold before all
+    /// others.
     std::vector<Service> services;
     std::optional<std::vector<Modification>> modifications; ///< those that are set
     bool modificationsChecksumHolds = true;
@@ -81,8 +106,9 @@ struct ModuleInfo {
     std::vector<Counter> statistics;   ///< the same
 
     std::size_t blocks = 0;          ///< the end block apart
+    std::size_t uncheckedBlocks = 0; ///< of them those whose checksum passes unread
     std::vector<int> wrongChecksums; ///< identifiers of the blocks whose checksum does not hold or is cut off with them
-    std::vector<ImageProblem> problems; ///< everything that is wrong with the image
+    std::vector<ImageFinding> problems; ///< the damage of the image
 };
 
 /// "2018-11-15".

@@ -81,6 +81,42 @@ void printInstrument(Screen& screen, const ModuleInfo::Instrument& instrument) {
     screen.row("  MAC address", textOf(instrument.macAddress));
 }
 
+/// Values side by side, without those that are not set.
+class Items {
+public:
+    Items& add(const std::string& label, const std::optional<std::string>& value) {
+        if (value)
+            text_ += (text_.empty() ? "" : ", ") + label + *value;
+        return *this;
+    }
+    Items& add(const std::string& label, const ModuleInfo::Number& value) {
+        return add(label, value ? std::optional(std::to_string(*value)) : std::nullopt);
+    }
+    std::string text() const { return text_.empty() ? std::string(missing) : text_; }
+
+private:
+    std::string text_;
+};
+
+void printOptions(Screen& screen, const ModuleInfo& info) {
+    if (!info.furtherIdents.empty() || info.vco || info.timeMonitoring)
+        screen.line();
+    for (const auto& [block, name, label, ident] : info.furtherIdents) {
+        Items items;
+        items.add("", ident.name ? std::optional(textOf(ident.name)) : std::nullopt).add("", ident.partNumber);
+        items.add("serial number ", ident.serialNumber);
+        screen.row(label, items.text(), wrongMark(ident.checksumHolds));
+    }
+    if (info.vco) {
+        Items items;
+        items.add("serial number ", info.vco->serialNumber).add("job number ", info.vco->jobNumber);
+        items.add("lot number ", info.vco->lotNumber);
+        screen.row("VCO", items.text(), wrongMark(info.vco->checksumHolds));
+    }
+    if (info.timeMonitoring)
+        screen.row("Time monitoring", textOf(info.timeMonitoring->date), wrongMark(info.timeMonitoring->checksumHolds));
+}
+
 void printLastService(Screen& screen, const std::vector<ModuleInfo::Service>& services) {
     if (services.empty()) {
         screen.row("Last service", missing);
@@ -136,7 +172,9 @@ void printState(Screen& screen, const ModuleInfo& info) {
     if (info.blocks == 0) {
         screen.row("Checksums", "no blocks in this image");
     } else if (info.wrongChecksums.empty()) {
-        screen.row("Checksums", "all right (" + total + (info.blocks == 1 ? " block)" : " blocks)"));
+        const std::string unchecked =
+            info.uncheckedBlocks > 0 ? ", " + std::to_string(info.uncheckedBlocks) + " not checked" : std::string();
+        screen.row("Checksums", "all right (" + total + (info.blocks == 1 ? " block" : " blocks") + unchecked + ")");
     } else {
         constexpr std::size_t listed = 8;
         std::string wrong = std::to_string(info.wrongChecksums.size()) + " of " + total + " blocks WRONG: ";
@@ -144,9 +182,18 @@ void printState(Screen& screen, const ModuleInfo& info) {
             wrong += (i == 0 ? "" : ", ") + std::to_string(info.wrongChecksums[i]);
         screen.row("Checksums", wrong, info.wrongChecksums.size() > listed ? ", ..." : "");
     }
-    const auto isStructural = [](const ImageProblem& problem) { return problem.fault != ImageFault::WrongChecksum; };
-    if (std::ranges::any_of(info.problems, isStructural))
-        screen.row("Image", "DAMAGED: blocks are cut off or cannot be found");
+    // Each kind once; wrong checksums stand above.
+    FindingSet kinds;
+    for (const ImageFinding& problem : info.problems)
+        kinds.add(problem.finding);
+    kinds.remove(Finding::WrongChecksum);
+    Items damage;
+    for (const FindingKind& kind : findingKinds()) {
+        if (kinds.has(kind.finding))
+            damage.add("", std::string(kind.name));
+    }
+    if (!kinds.empty())
+        screen.row("Image", "DAMAGED: " + damage.text());
 }
 
 } // namespace
@@ -156,6 +203,7 @@ void printModuleInfo(const ModuleInfo& info, std::ostream& os) {
     printIdentity(screen, info.identity);
     if (info.instrument)
         printInstrument(screen, *info.instrument);
+    printOptions(screen, info);
     screen.line();
     printLastService(screen, info.services);
     screen.line();
@@ -166,9 +214,14 @@ void printModuleInfo(const ModuleInfo& info, std::ostream& os) {
     if (info.wearCounters.empty() && info.statistics.empty()) {
         screen.row("Counters", "none in this image");
     } else {
-        screen.columns("Counters", "Value", "Backup");
-        printCounters(screen, info.wearCounters, "");
-        printCounters(screen, info.statistics, " bytes");
+        if (!info.wearCounters.empty()) {
+            screen.columns("Counters", "Value", "Backup");
+            printCounters(screen, info.wearCounters, "");
+        }
+        if (!info.statistics.empty()) {
+            screen.columns("Statistics", "Length", "Backup");
+            printCounters(screen, info.statistics, " bytes");
+        }
     }
     screen.line();
     printState(screen, info);

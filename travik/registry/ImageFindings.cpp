@@ -1,0 +1,245 @@
+#include <travik/datablock/Bytes.h>
+#include <travik/registry/ModuleImage.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace Travik {
+
+namespace {
+
+using enum Finding;
+
+constexpr FindingKind kinds[] = {
+    {NoBlocks, Grade::Damage, "no blocks"},
+    {TruncatedHeader, Grade::Damage, "truncated header"},
+    {ZeroSize, Grade::Damage, "size word 0"},
+    {SizeBelowHeader, Grade::Damage, "size word below the header"},
+    {SizePastEnd, Grade::Damage, "size word past the end of the data"},
+    {OddSize, Grade::Damage, "odd size word"},
+    {WrongSize, Grade::Damage, "wrong size word"},
+    {WrongChecksum, Grade::Damage, "wrong checksum"},
+    {WrongCrc, Grade::Damage, "wrong CRC-32"},
+    {StrayChecksum, Grade::Note, "stray checksum word"},
+    {UnknownIdentifier, Grade::Note, "unknown identifier"},
+    {CountBeyondCapacity, Grade::Note, "count beyond the capacity"},
+    {RepeatedIdentifier, Grade::Note, "repeated identifier"},
+    {NoEndBlock, Grade::Note, "no end block"},
+    {OnlyEndBlock, Grade::Note, "no block ahead of the end block"},
+    {BlocksBehindEnd, Grade::Note, "blocks behind the end"},
+    {BytesBehindEnd, Grade::Note, "bytes other than FF and 00 behind the end"},
+};
+
+constexpr bool areInOrder() {
+    for (std::size_t i = 0; i < std::size(kinds); ++i) {
+        if (static_cast<std::size_t>(kinds[i].finding) != i)
+            return false;
+    }
+    return true;
+}
+static_assert(areInOrder());
+
+/// The name, and in parentheses what was found.
+std::string named(Finding finding, const std::string& detail) {
+    return std::string(nameOf(finding)) + " (" + detail + ")";
+}
+
+bool isErased(char byte) { return byte == '\xFF' || byte == '\0'; }
+
+/// "33296, not 528".
+std::string sizesOf(const ImageBlock& block) {
+    std::string text = std::to_string(block.sizeWord) + ", not ";
+    if (!block.entry)
+        return text + std::to_string(block.bytes.size());
+    for (const unsigned short size : block.entry->sizes) {
+        if (size != 0)
+            text += (size == block.entry->sizes.front() ? "" : " or ") + std::to_string(size);
+    }
+    return text;
+}
+
+std::string textOf(const ImageBlock& block, Finding finding) {
+    switch (finding) {
+    case SizeBelowHeader:
+    case SizePastEnd:
+    case OddSize:
+        return named(finding, std::to_string(block.sizeWord));
+    case WrongSize:
+        return named(finding, sizesOf(block));
+    case StrayChecksum:
+        return named(finding, "of a block that is not checked");
+    default:
+        return std::string(nameOf(finding));
+    }
+}
+
+/// The fewest entries of the dimensions that a field counts, as far as they lie in the block; none where it counts
+/// nothing.
+std::optional<unsigned int> capacityOf(const ImageBlock& block, const FieldList& fields, const Field& count) {
+    std::optional<unsigned int> capacity;
+    for (const Field& field : fields) {
+        for (unsigned int i = 0; i < field.rank; ++i) {
+            const Dimension& dimension = field.dimensions[i];
+            if (!dimension.count || std::string_view(dimension.count) != count.name)
+                continue;
+            std::size_t entries = dimension.extent;
+            if (i == 0) { // of a class that comes in more sizes, the rows that this block has
+                const std::size_t rest = bytes::part(block.bytes, field.offset, block.bytes.size()).size();
+                entries = rest < field.width ? 0 : std::min(entries, (rest - field.width) / dimension.stride + 1);
+            }
+            capacity = std::min(capacity.value_or(dimension.extent), static_cast<unsigned int>(entries));
+        }
+    }
+    return capacity;
+}
+
+} // namespace
+
+std::span<const FindingKind> findingKinds() { return kinds; }
+Grade gradeOf(Finding finding) { return kinds[static_cast<std::size_t>(finding)].grade; }
+std::string_view nameOf(Finding finding) { return kinds[static_cast<std::size_t>(finding)].name; }
+
+void ModuleImage::visitDamage(const ImageBlock& block, const Visitor& visitor) const {
+    if (block.findings.empty())
+        return;
+    for (const FindingKind& kind : kinds) {
+        if (kind.grade != Grade::Damage || !block.findings.has(kind.finding))
+            continue;
+        std::string text = textOf(block, kind.finding);
+        const bool isOfPlace = kind.finding < OddSize;
+        if (isOfPlace && !block.endsKnown && !block.isEnd())
+            text += ", what follows cannot be found";
+        visitor({kind.finding, block.offset, block.id, std::move(text)});
+    }
+}
+
+void ModuleImage::visitNotes(const ImageBlock& block, const Visitor& visitor) const {
+    for (const FindingKind& kind : kinds) {
+        if (kind.grade == Grade::Note && block.findings.has(kind.finding))
+            visitor({kind.finding, block.offset, block.id, textOf(block, kind.finding)});
+    }
+    if (!block.entry || !block.endsKnown)
+        return;
+    const FieldList fields = block.entry->fields(*block.entry, block.id);
+    for (const Field& field : fields) {
+        const auto capacity = field.role == Role::Count ? capacityOf(block, fields, field) : std::nullopt;
+        const unsigned int counts = capacity ? field.elements() : 0;
+        for (unsigned int i = 0; i < counts; ++i) {
+            const double count = fieldValue(block.bytes, field, {&i, field.rank > 0 ? 1U : 0U});
+            if (count >= 0 && count <= *capacity)
+                continue;
+            const std::string text = std::string(field.name) + ' ' + std::to_string(std::llround(count)) + " of " +
+                                     std::to_string(*capacity);
+            visitor({CountBeyondCapacity, block.offset, block.id, named(CountBeyondCapacity, text)});
+            break;
+        }
+    }
+}
+
+void ModuleImage::visitBegin(const Visitor& visitor) const {
+    if (!blocks_.empty())
+        return;
+    const bool isAllErased = std::ranges::all_of(bytes_, [](char byte) { return byte == '\xFF'; });
+    const std::string why = bytes_.empty() ? "the data are empty" : isAllErased ? "erased" : "begins erased";
+    visitor({NoBlocks, 0, std::nullopt, named(NoBlocks, why)});
+}
+
+void ModuleImage::visitEnd(const Visitor& visitor) const {
+    const bool isClosed = !blocks_.empty() && blocks_.back().isEnd() && blocks_.back().endsKnown;
+    if (isClosed && blocks_.size() == 1)
+        visitor({OnlyEndBlock, 0, std::nullopt, std::string(nameOf(OnlyEndBlock))});
+    if (!isClosed && !blocks_.empty()) {
+        if (blocks_.back().endsKnown)
+            visitor({NoEndBlock, end_, std::nullopt, std::string(nameOf(NoEndBlock))});
+        return;
+    }
+    const std::span<const char> behind = bytes_.subspan(end_);
+    const auto first = std::ranges::find_if_not(behind, isErased);
+    if (first == behind.end())
+        return;
+    // A block begins at a whole word.
+    const std::size_t start = static_cast<std::size_t>(first - behind.begin()) / 2 * 2;
+    const ModuleImage further(behind.subspan(start));
+    const auto sound = std::ranges::find_if_not(further.blocks(), [](const ImageBlock& block) {
+        return block.findings.empty() && (block.entry || block.isSecondEdition);
+    });
+    if (const auto count = sound - further.blocks().begin(); count > 0) {
+        visitor({BlocksBehindEnd, end_ + start, std::nullopt, named(BlocksBehindEnd, std::to_string(count))});
+        return;
+    }
+    const auto other = std::ranges::count_if(behind, [](char byte) { return !isErased(byte); });
+    visitor({BytesBehindEnd, end_ + start, std::nullopt,
+             named(BytesBehindEnd, std::to_string(other) + " of " + std::to_string(behind.size()))});
+}
+
+void ModuleImage::visitFindings(const Visitor& visitor) const {
+    if (!visitor)
+        return;
+    struct Seen {
+        std::size_t first = 0;
+        std::size_t blocks = 0;
+        bool isTold = false;
+    };
+    std::vector<Seen> seen(blocks_.empty() ? 0 : std::size_t{0x10000});
+    for (const ImageBlock& block : blocks_) {
+        if (Seen& same = seen[block.id]; same.blocks++ == 0)
+            same.first = block.offset;
+    }
+
+    visitBegin(visitor);
+    for (const ImageBlock& block : blocks_) {
+        visitDamage(block, visitor);
+        visitNotes(block, visitor);
+        Seen& same = seen[block.id];
+        if (same.blocks < 2 || same.isTold || same.first == block.offset)
+            continue;
+        same.isTold = true;
+        visitor({RepeatedIdentifier, block.offset, block.id,
+                 named(RepeatedIdentifier,
+                       std::to_string(same.blocks) + " blocks, the first at offset " + std::to_string(same.first))});
+    }
+    visitEnd(visitor);
+}
+
+std::vector<ImageFinding> ModuleImage::findings() const {
+    std::vector<ImageFinding> all;
+    visitFindings([&](const ImageFinding& finding) { all.push_back(finding); });
+    return all;
+}
+
+std::vector<ImageFinding> ModuleImage::findings(const ImageBlock& block) const {
+    std::vector<ImageFinding> all;
+    visitDamage(block, [&](const ImageFinding& finding) { all.push_back(finding); });
+    visitNotes(block, [&](const ImageFinding& finding) { all.push_back(finding); });
+    return all;
+}
+
+std::vector<ImageFinding> ModuleImage::imageFindings() const {
+    std::vector<ImageFinding> all;
+    visitBegin([&](const ImageFinding& finding) { all.push_back(finding); });
+    visitEnd([&](const ImageFinding& finding) { all.push_back(finding); });
+    return all;
+}
+
+void ModuleImage::visitProblems(const Visitor& visitor) const {
+    if (!visitor)
+        return;
+    visitBegin(visitor);
+    for (const ImageBlock& block : blocks_)
+        visitDamage(block, visitor);
+}
+
+std::vector<ImageFinding> ModuleImage::problems() const {
+    std::vector<ImageFinding> damage;
+    visitProblems([&](const ImageFinding& finding) { damage.push_back(finding); });
+    return damage;
+}
+
+std::vector<ImageFinding> ModuleImage::problems(const ImageBlock& block) const {
+    std::vector<ImageFinding> damage;
+    visitDamage(block, [&](const ImageFinding& finding) { damage.push_back(finding); });
+    return damage;
+}
+
+} // namespace Travik
