@@ -202,7 +202,10 @@ std::string describeOutcome(StoreOutcome outcome, const Field& field) {
 }
 
 StoreOutcome storeValue(std::span<char> block, const Field& field, unsigned int element, double physical) {
-    return storeNumber(block, field, element, (physical - field.zero) / field.scale, true);
+    const double stored = (physical - field.zero) / field.scale;
+    if (std::isfinite(physical) && !std::isfinite(stored))
+        return StoreOutcome::OutOfRange;
+    return storeNumber(block, field, element, stored, true);
 }
 
 StoreOutcome storeStored(std::span<char> block, const Field& field, unsigned int element, double stored) {
