@@ -39,10 +39,12 @@ public:
 /// Declared in the order that the help lists them in.
 std::unique_ptr<Command> dumpCommand(CLI::App& app);
 std::unique_ptr<Command> infoCommand(CLI::App& app);
+std::unique_ptr<Command> showCommand(CLI::App& app);
 std::unique_ptr<Command> listCommand(CLI::App& app);
 std::unique_ptr<Command> verifyCommand(CLI::App& app);
 std::unique_ptr<Command> exportCommand(CLI::App& app);
 std::unique_ptr<Command> importCommand(CLI::App& app);
+std::unique_ptr<Command> buildCommand(CLI::App& app);
 std::unique_ptr<Command> summaryCommand(CLI::App& app);
 
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.

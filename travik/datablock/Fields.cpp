@@ -126,8 +126,7 @@ private:
     }
 };
 
-double elementValue(std::span<const char> image, const Field& field, const Conversion& conversion,
-                    std::size_t offset) {
+double elementValue(std::span<const char> image, const Field& field, const Conversion& conversion, std::size_t offset) {
     if (!bytes::inside(image.size(), offset, field.width))
         return 0.0;
     return conversion(field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset));

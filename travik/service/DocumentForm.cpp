@@ -69,8 +69,7 @@ std::vector<unsigned char> coveredBits(std::span<const Field> fields, unsigned s
         coverWord(offsetof(HwSDatablockHeader, alignment));
     }
     for (const Field& field : fields) {
-        const std::uint32_t bits =
-            field.bits == 0 || field.bits >= 32 ? ~0U : ((1U << field.bits) - 1) << field.shift;
+        const std::uint32_t bits = field.bits == 0 || field.bits >= 32 ? ~0U : ((1U << field.bits) - 1) << field.shift;
         forEachElementInside(field, size, [&](std::size_t offset) { cover(covered, offset, field.width, bits); });
     }
     return covered;

@@ -23,7 +23,8 @@ bool isPlainInteger(const Field& field);
 bool alwaysComesBack(const Field& field);
 
 /// What comes back of an element's bytes by way of its number or text in a document, into `back`, which is as long.
-/// False where the document has null for it; null comes back as erased bytes. The field's offset is 0 and its rank, too.
+/// False where the document has null for it; null comes back as erased bytes. The field's offset is 0 and its rank,
+/// too.
 bool bringBack(std::span<const char> element, const Field& field, std::span<char> back);
 
 /// The bits of a block's bytes that are in its header words or its fields, as far as these lie wholly in the block.

@@ -64,8 +64,7 @@ struct Refusal {
 template <std::size_t N>
 class Members {
 public:
-    Members(const Place& place, const JsonValue& object, const std::array<std::string_view, N>& names)
-        : names_(names) {
+    Members(const Place& place, const JsonValue& object, const std::array<std::string_view, N>& names) : names_(names) {
         if (!object.isObject())
             refuse(place, "takes an object");
         object.forEachMember([&](std::string_view name, const JsonValue& value) {
@@ -95,9 +94,9 @@ private:
 };
 
 constexpr std::array<std::string_view, 6> imageMembers{"image", "size", "blocks", "problems", "partial", "rest"};
-constexpr std::array<std::string_view, 15> blockMembers{
-    "offset", "id",    "key",  "class",  "size",   "alignment", "checksum", "checksum_ok",
-    "crc_ok", "fields", "units", "axes", "digest", "length",    "raw"};
+constexpr std::array<std::string_view, 15> blockMembers{"offset",    "id",       "key",         "class",  "size",
+                                                        "alignment", "checksum", "checksum_ok", "crc_ok", "fields",
+                                                        "units",     "axes",     "digest",      "length", "raw"};
 constexpr std::array<std::string_view, 3> rawMembers{"offset", "hex", "length"};
 constexpr std::array<std::string_view, 2> restMembers{"hex", "length"};
 
@@ -186,7 +185,9 @@ private:
         const Dimension& along = field_.dimensions[dimension];
         const auto expected = [&] {
             return "takes an array of up to " + std::to_string(along.extent) +
-                   (dimension + 1U < field_.rank ? " arrays" : along.extent == 1 ? " entry" : " entries");
+                   (dimension + 1U < field_.rank ? " arrays"
+                    : along.extent == 1          ? " entry"
+                                                 : " entries");
         };
         if (!value.isArray())
             refuse(place, expected());
@@ -267,13 +268,13 @@ public:
         if (const auto raw = members.find("raw"))
             applyRaw(Place(place, "raw"), *raw, block, layout, bytes);
         const auto digest = members.find("digest");
-        const bool isUnchanged = digest && wholeNumber(Place(place, "digest"), *digest, 0, 0xFFFFFFFF) ==
-                                               crc32(bytes.data(), bytes.size());
+        const bool isUnchanged =
+            digest && wholeNumber(Place(place, "digest"), *digest, 0, 0xFFFFFFFF) == crc32(bytes.data(), bytes.size());
         const auto crc = members.find("crc_ok");
         if (!keepChecksums_ && !isUnchanged)
-            sealBlock(bytes, block.isSecondEdition                              ? Crc32::SecondEdition
+            sealBlock(bytes, block.isSecondEdition                         ? Crc32::SecondEdition
                              : crc && crc->kind() == JsonValue::Kind::True ? Crc32::Carried
-                                                                                : Crc32::None);
+                                                                           : Crc32::None);
     }
 
 private:
@@ -315,14 +316,13 @@ private:
         const CatalogueEntry* const entry = findEntry(block.id);
         const auto className = members.find("class");
         const Place classPlace(place, "class");
-        block.isSecondEdition =
-            !entry && (userId || (className && text(classPlace, *className) == secondEditionClass));
+        block.isSecondEdition = !entry && (userId || (className && text(classPlace, *className) == secondEditionClass));
         if (!className)
             return;
         const std::string_view expected = entry ? entry->className : secondEditionClass;
         if (text(classPlace, *className) != expected)
-            refuse(classPlace, "block " + std::to_string(block.id) + " takes " + std::string(expected) +
-                                   (entry ? "" : " or null"));
+            refuse(classPlace,
+                   "block " + std::to_string(block.id) + " takes " + std::string(expected) + (entry ? "" : " or null"));
     }
 
     /// Size and length; the layout of a table that describes itself, from what the document says of it.
@@ -359,8 +359,7 @@ private:
         if (!block.isSecondEdition)
             return std::nullopt;
         if (tableEnd > block.length)
-            refuse(Place(place, length ? "length" : "size"),
-                   "the table takes " + std::to_string(tableEnd) + " bytes");
+            refuse(Place(place, length ? "length" : "size"), "the table takes " + std::to_string(tableEnd) + " bytes");
         ImageBlock table;
         table.id = block.id;
         table.isSecondEdition = true;

@@ -92,8 +92,9 @@ private:
         if (!bytes::inside(block_.size(), offset, field_.width))
             return 0;
         const std::size_t room = block_.size() - offset - field_.width;
-        return along.stride == 0 ? along.extent
-                                 : static_cast<unsigned int>(std::min<std::size_t>(along.extent, room / along.stride + 1));
+        return along.stride == 0
+                   ? along.extent
+                   : static_cast<unsigned int>(std::min<std::size_t>(along.extent, room / along.stride + 1));
     }
 
     template <class Function>
@@ -125,9 +126,8 @@ private:
                 return each(offset, count, stride, [&](std::size_t at) { out_.whole(load(at)); });
             if (const unsigned int decimals = decimalsOf(field_)) {
                 const long long sign = field_.scale < 0 ? -1 : 1;
-                return each(offset, count, stride, [&](std::size_t at) {
-                    out_.decimal(sign * static_cast<long long>(load(at)), decimals);
-                });
+                return each(offset, count, stride,
+                            [&](std::size_t at) { out_.decimal(sign * static_cast<long long>(load(at)), decimals); });
             }
         } else if (field_.scale == 1 && field_.zero == 0) {
             return each(offset, count, stride, [&](std::size_t at) {
@@ -284,7 +284,8 @@ struct DocumentWriter::State {
         out.raw('}');
     }
 
-    void blockText(const ImageBlock& block, std::span<const Field* const> fields, const std::vector<unsigned char>* covered);
+    void blockText(const ImageBlock& block, std::span<const Field* const> fields,
+                   const std::vector<unsigned char>* covered);
     void header(const ImageBlock& block);
     std::vector<Range> fieldTexts(const ImageBlock& block, std::span<const Field* const> fields);
     void rest(std::span<const char> bytes);

@@ -14,7 +14,12 @@ unsigned int takeCodePoint(std::string_view& text) {
         return i < text.size() ? static_cast<unsigned int>(static_cast<unsigned char>(text[i])) : 0U;
     };
     const unsigned int lead = byte(0);
-    const std::size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    const std::size_t length = lead < 0x80   ? 1
+                               : lead < 0xC2 ? 0
+                               : lead < 0xE0 ? 2
+                               : lead < 0xF0 ? 3
+                               : lead < 0xF5 ? 4
+                                             : 0;
     unsigned int code = length == 1 ? lead : lead & (0x7FU >> length);
     bool valid = length > 0;
     for (std::size_t i = 1; i < length; ++i) {

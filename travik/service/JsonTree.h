@@ -93,8 +93,6 @@ inline std::string_view JsonValue::text() const {
     const JsonTree::Node& node = tree_->nodes_[index_];
     return std::string_view(tree_->texts_).substr(node.natural, node.end - node.natural);
 }
-inline std::uint32_t JsonValue::end() const {
-    return kind() >= Kind::Array ? tree_->nodes_[index_].end : index_ + 1;
-}
+inline std::uint32_t JsonValue::end() const { return kind() >= Kind::Array ? tree_->nodes_[index_].end : index_ + 1; }
 
 } // namespace Travik

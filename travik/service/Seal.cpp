@@ -19,8 +19,7 @@ constexpr unsigned short endBlockId = 0xFFFF;
 void keepUpperHalf(std::span<char> summed) {
     const std::size_t lastAt = summed.size() - sizeof(std::uint16_t);
     const auto wanted = bytes::load<std::uint16_t>(summed, crcOffset + 2);
-    const std::uint32_t before =
-        crc32(summed.data() + crcEnd, lastAt - crcEnd, crc32(summed.data(), checksumOffset));
+    const std::uint32_t before = crc32(summed.data() + crcEnd, lastAt - crcEnd, crc32(summed.data(), checksumOffset));
     for (unsigned int last = 0; last <= 0xFFFF; ++last) {
         const auto word = static_cast<std::uint16_t>(last);
         if (crc32(&word, sizeof word, before) >> 16U == wanted) {
