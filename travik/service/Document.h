@@ -49,6 +49,8 @@ struct BuildOptions {
     std::string image;
     /// Whether all checksums stay as the document has them; else blocks that were changed get fresh ones.
     bool keepChecksums = false;
+    /// How long the image may become; as long as any file that is read as one.
+    std::size_t largestSize = std::size_t{256} << 20U;
 };
 
 /// An image built, or why it was not.

@@ -15,8 +15,6 @@ namespace Travik {
 
 namespace {
 
-// No module's memory comes near.
-constexpr std::size_t largestImage = std::size_t{256} << 20U;
 constexpr std::size_t largestBlock = 0xFFFF;
 constexpr std::size_t headerSize = sizeof(HwSDatablockHeader);
 
@@ -243,7 +241,7 @@ private:
 /// Builds one block after the other.
 class BlockReader {
 public:
-    explicit BlockReader(bool keepChecksums) : keepChecksums_(keepChecksums) {}
+    explicit BlockReader(const BuildOptions& options) : options_(options) {}
 
     void read(const Place& place, const JsonValue& value, std::vector<char>& image) {
         const Members members(place, value, blockMembers);
@@ -256,8 +254,8 @@ public:
                                               : shared ? shared->fields.fields()
                                                        : std::span<const Field>();
         const std::size_t start = image.size();
-        if (block.length > largestImage - start)
-            refuse(place, "the image takes more than " + std::to_string(largestImage) + " bytes");
+        if (block.length > options_.largestSize - start)
+            refuse(place, "the image takes more than " + std::to_string(options_.largestSize) + " bytes");
         image.resize(start + block.length);
         const std::span<char> bytes = std::span(image).subspan(start);
         storeHeader(place, members, block, bytes);
@@ -271,7 +269,7 @@ public:
         const bool isUnchanged =
             digest && wholeNumber(Place(place, "digest"), *digest, 0, 0xFFFFFFFF) == crc32(bytes.data(), bytes.size());
         const auto crc = members.find("crc_ok");
-        if (!keepChecksums_ && !isUnchanged)
+        if (!options_.keepChecksums && !isUnchanged)
             sealBlock(bytes, block.isSecondEdition                         ? Crc32::SecondEdition
                              : crc && crc->kind() == JsonValue::Kind::True ? Crc32::Carried
                                                                            : Crc32::None);
@@ -288,7 +286,7 @@ private:
     };
 
     ClassLayouts layouts_;
-    bool keepChecksums_;
+    const BuildOptions& options_;
     std::vector<char> tableHead_;
 
     static void identify(const Place& place, const BlockMembers& members, Block& block) {
@@ -524,7 +522,7 @@ std::pair<JsonValue, std::size_t> chosenImage(const JsonValue& images, const std
     return *chosen;
 }
 
-std::vector<char> readImage(const Place& place, const JsonValue& value, bool keepChecksums) {
+std::vector<char> readImage(const Place& place, const JsonValue& value, const BuildOptions& options) {
     const Members members(place, value, imageMembers);
     if (const auto partial = members.find("partial"); partial && partial->kind() != JsonValue::Kind::False)
         refuse(Place(place, "partial"), "the document holds a part of the image only");
@@ -533,7 +531,7 @@ std::vector<char> readImage(const Place& place, const JsonValue& value, bool kee
     if (!blocks || !blocks->isArray())
         refuse(blocksPlace, "takes an array");
     std::vector<char> image;
-    BlockReader reader(keepChecksums);
+    BlockReader reader(options);
     blocks->forEachEntry(
         [&](std::size_t i, const JsonValue& block) { reader.read(Place(blocksPlace, i), block, image); });
     if (const auto rest = members.find("rest")) {
@@ -542,7 +540,8 @@ std::vector<char> readImage(const Place& place, const JsonValue& value, bool kee
             refuse(restPlace, "takes an array");
         rest->forEachEntry([&](std::size_t i, const JsonValue& run) {
             const Place here(restPlace, i);
-            const std::vector<char> bytes = runOf(here, Members(here, run, restMembers), largestImage - image.size());
+            const std::vector<char> bytes =
+                runOf(here, Members(here, run, restMembers), options.largestSize - image.size());
             image.insert(image.end(), bytes.begin(), bytes.end());
         });
     }
@@ -559,11 +558,11 @@ BuiltImage buildImage(std::string_view document, const BuildOptions& options) {
         const JsonValue root = tree.root();
         const Place top;
         if (root.isObject())
-            return {readImage(top, root, options.keepChecksums), {}};
+            return {readImage(top, root, options), {}};
         if (!root.isArray())
             refuse(top, "takes an array of images");
         const auto [image, index] = chosenImage(root, options.image);
-        return {readImage(Place(top, index), image, options.keepChecksums), {}};
+        return {readImage(Place(top, index), image, options), {}};
     } catch (const Refusal& refusal) {
         return {{}, refusal.text};
     }
