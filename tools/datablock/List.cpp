@@ -53,7 +53,7 @@ private:
     static Cells cells(const Travik::ImageBlock& block) {
         return {std::to_string(block.offset),
                 std::to_string(block.id),
-                keyOf(block).empty() ? "-" : toUtf8(keyOf(block)),
+                keyOf(block).empty() ? "-" : Travik::toUtf8(keyOf(block)),
                 classOf(block),
                 std::to_string(block.sizeWord),
                 checksumOf(block),

@@ -174,12 +174,6 @@ std::ostream& operator<<(std::ostream& os, InLine name) {
     return os << name.text;
 }
 
-std::string toUtf8(std::string_view latin1) {
-    std::string utf8(2 * latin1.size(), '\0');
-    utf8.resize(static_cast<std::size_t>(writeUtf8(utf8.data(), latin1) - utf8.data()));
-    return utf8;
-}
-
 BlockStream::BlockStream(Encoding encoding)
     : std::ostream(nullptr),
       buffer_(encoding == Encoding::Utf8 || (encoding == Encoding::Automatic && standardOutput().isTerminal())) {

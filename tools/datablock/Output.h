@@ -38,9 +38,6 @@ struct InLine {
 };
 std::ostream& operator<<(std::ostream& os, InLine name);
 
-/// Latin-1 to UTF-8.
-std::string toUtf8(std::string_view latin1);
-
 /// How texts in the blocks' own form, which are Latin-1, are written.
 enum class Encoding : unsigned char { Automatic, Latin1, Utf8 };
 

@@ -88,14 +88,8 @@ int reportMissing(const Image& image, const Travik::ModuleImage& module, const s
     return DataWrong;
 }
 
-std::string keyOf(const Travik::ImageBlock& block) {
-    if (block.isSecondEdition)
-        return "USER_" + std::to_string(block.id);
-    return block.entry ? block.entry->key(*block.entry, block.id) : std::string();
-}
-
 bool isSelected(const Travik::ImageBlock& block, const std::string& selector) {
-    return selector == std::to_string(block.id) || selector == keyOf(block);
+    return selector == std::to_string(block.id) || selector == Travik::keyOf(block);
 }
 
 void addImagesOption(CLI::App& command, std::vector<std::string>& paths) {

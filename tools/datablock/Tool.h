@@ -3,6 +3,7 @@
 #include "Output.h"
 
 #include <travik/registry/ModuleImage.h>
+#include <travik/service/Values.h>
 
 #include <CLI/CLI.hpp>
 
@@ -41,10 +42,12 @@ public:
 /// Declared in the order that the help lists them in.
 std::unique_ptr<Command> dumpCommand(CLI::App& app);
 std::unique_ptr<Command> infoCommand(CLI::App& app);
+std::unique_ptr<Command> showCommand(CLI::App& app);
 std::unique_ptr<Command> listCommand(CLI::App& app);
 std::unique_ptr<Command> verifyCommand(CLI::App& app);
 std::unique_ptr<Command> exportCommand(CLI::App& app);
 std::unique_ptr<Command> importCommand(CLI::App& app);
+std::unique_ptr<Command> buildCommand(CLI::App& app);
 std::unique_ptr<Command> summaryCommand(CLI::App& app);
 
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.
@@ -77,10 +80,6 @@ int reportMissing(const Image& image, const Travik::ModuleImage& module, const s
 
 /// Selects blocks by identifier (a number) or by key name.
 bool isSelected(const Travik::ImageBlock& block, const std::string& selector);
-
-/// The key name of a block, empty where it has none; that of a second-edition table is USER_ and its identifier, as it
-/// prints itself.
-std::string keyOf(const Travik::ImageBlock& block);
 
 /// Declares the images that a command takes, one or more. Every name is a file's, whatever it looks like; behind "--"
 /// one that begins with "-" is, too.

@@ -15,8 +15,9 @@ int runTool(int argc, char** argv) {
                "2 the call or a file could not be used.");
 
     std::vector<std::unique_ptr<Tool::Command>> commands;
-    for (const auto& declare : {Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
-                                Tool::verifyCommand, Tool::exportCommand, Tool::importCommand})
+    for (const auto& declare :
+         {Tool::dumpCommand, Tool::showCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
+          Tool::verifyCommand, Tool::exportCommand, Tool::importCommand, Tool::buildCommand})
         commands.push_back(declare(app));
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     // Here "++" ends the options of a subcommand, unless it is spelt as the file that it names.

@@ -86,21 +86,57 @@ double bitsValue(std::span<const char> image, const Field& field, std::size_t of
                           : static_cast<double>(word >> back);
 }
 
-double elementValue(std::span<const char> image, const Field& field, std::size_t offset) {
+// From the stored number to the value in its unit. A scale such as 0.01 is no binary number; 1 / 100 is divided by, so
+// that 7 hundredths are the double that is nearest to 0.07, and are shown as 0.07. Finer steps than the three decimals
+// of the block texts are multiplied as the classes do it, so that both round a value half way between to the same side.
+class Conversion {
+public:
+    explicit Conversion(const Field& field)
+        : scale_(field.scale), divisor_(std::nearbyint(1.0 / field.scale)),
+          divides_(std::abs(divisor_) > 1 && std::abs(divisor_) <= 1000 && 1.0 / divisor_ == field.scale),
+          // A floating zero keeps its sign only when nothing is added to it, and that is what adding -0.0 is.
+          zero_(field.isFloating() && field.zero == 0 ? -0.0 : field.zero) {}
+
+    double operator()(double stored) const { return (divides_ ? stored / divisor_ : stored * scale_) + zero_; }
+
+    template <class T>
+    void convertAll(const char* from, std::span<double> values) const {
+        // One loop each, so that both become vector code.
+        if (divides_) {
+            for (std::size_t i = 0; i < values.size(); ++i)
+                values[i] = load<T>(from, i) / divisor_ + zero_;
+        } else {
+            for (std::size_t i = 0; i < values.size(); ++i)
+                values[i] = load<T>(from, i) * scale_ + zero_;
+        }
+    }
+
+private:
+    double scale_;
+    double divisor_;
+    bool divides_;
+    double zero_;
+
+    template <class T>
+    static double load(const char* from, std::size_t i) {
+        T stored;
+        std::memcpy(&stored, from + i * sizeof(T), sizeof(T));
+        return static_cast<double>(stored);
+    }
+};
+
+double elementValue(std::span<const char> image, const Field& field, const Conversion& conversion, std::size_t offset) {
     if (!bytes::inside(image.size(), offset, field.width))
         return 0.0;
     const double stored = field.bits > 0 ? bitsValue(image, field, offset) : storedValue(image, field, offset);
     const bool staysNegative = field.keepsLowest() && stored == field.lowestStored();
-    return (staysNegative ? -stored : stored) * field.scale + field.zero;
+    return conversion(staysNegative ? -stored : stored);
 }
 
-// Elements of one type that follow each other: what nearly all fields are.
+// Elements of one type that follow each other: what nearly all fields are. They lie inside the image.
 template <class T>
 void loadAll(std::span<const char> image, const Field& field, std::span<double> values) {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const T stored = bytes::load<T>(image, field.offset + i * sizeof(T));
-        values[i] = static_cast<double>(stored) * field.scale + field.zero;
-    }
+    Conversion(field).convertAll<T>(image.data() + field.offset, values);
 }
 
 bool isContiguous(const Field& field) {
@@ -154,7 +190,7 @@ double fieldValue(std::span<const char> image, const Field& field, std::span<con
         if (index[i] >= field.dimensions[i].extent)
             return 0.0;
     }
-    return elementValue(image, field, elementOffset(field, index));
+    return elementValue(image, field, Conversion(field), elementOffset(field, index));
 }
 
 void fieldValues(std::span<const char> image, const Field& field, std::span<double> values) {
@@ -181,8 +217,9 @@ void fieldValues(std::span<const char> image, const Field& field, std::span<doub
             break;
         }
     }
+    const Conversion conversion(field);
     for (unsigned int i = 0; i < values.size(); ++i)
-        values[i] = elementValue(image, field, field.elementOffset(i));
+        values[i] = elementValue(image, field, conversion, field.elementOffset(i));
 }
 
 void visitFields(std::span<const char> image, std::span<const Field> fields, Extent extent,

@@ -200,6 +200,8 @@ std::string describeOutcome(StoreOutcome outcome, const Field& field) {
 
 StoreOutcome storeValue(std::span<char> block, const Field& field, unsigned int element, double physical) {
     double stored = (physical - field.zero) / field.scale;
+    if (std::isfinite(physical) && !std::isfinite(stored))
+        return StoreOutcome::OutOfRange;
     // The lowest number stands for its own value; the one that it would be the negative of has none.
     if (field.keepsLowest() && std::abs(std::nearbyint(stored)) == -field.lowestStored())
         stored = stored > 0 ? field.lowestStored() : 2 * field.lowestStored();

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <travik/datablock/Bytes.h>
+#include <travik/service/Values.h>
+
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+/// What the writer and the reader of documents have to agree on.
+namespace Travik {
+
+/// The class of tables that describe themselves; no identifier has it.
+inline constexpr std::string_view secondEditionClass = "HwDatablock2Edition";
+inline constexpr unsigned short endBlockId = 0xFFFF;
+
+/// Whether null stands for some of the field's values: those that are no finite numbers.
+bool takesNull(const Field& field);
+/// Whether the numbers of the field are the stored integers themselves.
+bool isPlainInteger(const Field& field);
+/// Whether every element comes back from a document, whatever its bytes are.
+bool alwaysComesBack(const Field& field);
+
+/// What comes back of an element's bytes by way of its number or text in a document, into `back`, which is as long.
+/// False where the document has null for it; null comes back as erased bytes. The field's offset is 0 and its rank,
+/// too.
+bool bringBack(std::span<const char> element, const Field& field, std::span<char> back);
+
+/// The bits of a block's bytes that are in its header words or its fields, as far as these lie wholly in the block.
+/// What is not covered travels as bytes.
+std::vector<unsigned char> coveredBits(std::span<const Field> fields, unsigned short id, std::size_t size);
+
+/// A field as one of its elements, which are told apart by the offset.
+inline Field elementOf(const Field& field, std::size_t offset = 0) {
+    Field element = field;
+    element.rank = 0;
+    element.offset = static_cast<unsigned int>(offset);
+    return element;
+}
+
+/// Calls the function with the offset of every element that lies wholly inside `size` bytes, in the order of the list.
+template <class Function>
+void forEachElementInside(const Field& field, std::size_t size, Function function) {
+    const unsigned int count = field.elements();
+    for (unsigned int i = 0; i < count; ++i) {
+        const std::size_t offset = field.elementOffset(i);
+        if (bytes::inside(size, offset, field.width))
+            function(offset);
+    }
+}
+
+/// The layouts of classes, each made once.
+class ClassLayouts {
+public:
+    struct Layout {
+        BlockLayout fields;
+        std::size_t size;                   ///< of the record, header included
+        std::vector<unsigned char> covered; ///< of a whole record
+    };
+    const Layout& of(int id);
+
+private:
+    std::map<int, Layout> layouts_;
+};
+
+} // namespace Travik
