@@ -14,7 +14,7 @@ int runTool(int argc, char** argv) {
 
     std::vector<std::unique_ptr<Tool::Command>> commands;
     for (const auto& declare : {Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
-                                Tool::verifyCommand, Tool::exportCommand, Tool::importCommand})
+                                Tool::verifyCommand, Tool::exportCommand, Tool::importCommand, Tool::describeCommand})
         commands.push_back(declare(app));
     try {
         app.parse(argc, argv);
