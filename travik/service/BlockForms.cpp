@@ -87,6 +87,21 @@ std::string roleText(const Field& field) {
 
 } // namespace
 
+std::string BlockForm::ids() const { return std::to_string(first) + (last == first ? "" : '-' + std::to_string(last)); }
+
+std::string BlockForm::keys() const {
+    std::vector<std::string> all;
+    for (int id = first; id <= last; ++id) {
+        std::string one = key(id);
+        if (!one.empty() && std::ranges::find(all, one) == all.end())
+            all.push_back(std::move(one));
+    }
+    std::string text;
+    for (const std::string& one : all)
+        append(text, ", ", one);
+    return text;
+}
+
 BlockForms::BlockForms() {
     for (const CatalogueEntry& entry : catalogue()) {
         for (int id = entry.first; id <= entry.last; ++id) {
@@ -142,7 +157,7 @@ std::string BlockForms::purpose(const BlockForm& form, const Field& field) const
             text += (ids.size() == 1 ? " of block " : " of blocks ") + idRanges(ids);
     }
     if (field.rank > 0) {
-        text += ", by ";
+        text += field.role == Role::Text || field.role == Role::Date ? "; by " : ", by ";
         for (unsigned int d = 0; d < field.rank; ++d)
             text += (d == 0 ? "" : " and ") + nameOf(field.dimensions[d]);
     }

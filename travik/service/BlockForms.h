@@ -13,16 +13,20 @@
 namespace Travik {
 
 /// Successive identifiers of one class that share a layout.
-struct BlockForm {
+struct TRAVIK_SERVICE_EXPORT BlockForm {
     const CatalogueEntry* entry = nullptr;
     int first = 0;
     int last = 0;
     std::size_t size = 0; ///< bytes of a block, the header included
     BlockLayout layout;   ///< of the first identifier; those of the others differ in axis blocks only
 
+    /// "200-209" or "2".
+    std::string ids() const;
     /// UTF-8; empty where the class prints none.
     std::string key(int id) const { return toUtf8(entry->key(*entry, id)); }
-    /// Whether its image is an identifier and a data word, without the other header words: that of the end block.
+    /// The keys of all its identifiers, each once, with commas between.
+    std::string keys() const;
+    /// Whether it begins with the four header words; the end block has an identifier and a data word only.
     bool hasHeader() const { return size >= sizeof(HwSDatablockHeader); }
 };
 

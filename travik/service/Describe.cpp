@@ -64,42 +64,25 @@ std::string scaleOf(const Field& field) {
 
 const Row fieldHeadings{"OFFSET", "TYPE", "ENTRIES", "NAME", "UNIT", "SCALE", "WHAT IT IS FOR"};
 
-/// The words that every block begins with, then the fields.
-std::vector<Row> fieldRows(const BlockForms& forms, const BlockForm& form) {
+/// The words that a block begins with.
+std::vector<Row> headerRows(const BlockForm& form) {
     const auto word = [](const char* offset, const char* name, std::string purpose) {
         return Row{offset, "u16", "", name, "", "", std::move(purpose)};
     };
-    const std::string id =
-        std::to_string(form.first) + (form.first == form.last ? "" : "-" + std::to_string(form.last));
-    std::vector<Row> rows{word("0", "id", "identifier, " + id)};
-    if (form.hasHeader()) {
-        rows.push_back(word("2", "size", "bytes of the block, " + std::to_string(form.size)));
-        rows.push_back(word("4", "checksum", "makes the sum of all words 0"));
-        rows.push_back(word("6", "alignment", "0"));
-    } else {
-        rows.push_back(word("2", "data", "one data word; no size, checksum and alignment words"));
-    }
+    Row id = word("0", "id", "identifier, " + form.ids());
+    if (!form.hasHeader())
+        return {std::move(id), word("2", "data", "one data word; no size, checksum and alignment words")};
+    return {std::move(id), word("2", "size", "bytes of the block, " + std::to_string(form.size)),
+            word("4", "checksum", "makes the sum of all words 0"), word("6", "alignment", "0")};
+}
+
+void appendFields(std::vector<Row>& rows, const BlockForms& forms, const BlockForm& form) {
     for (const Field& field : form.layout.fields())
         rows.push_back({std::to_string(field.offset), typeOf(field), extents(field), field.name, field.unit,
                         scaleOf(field), forms.purpose(form, field)});
-    return rows;
 }
 
 std::string bytesText(std::size_t size) { return std::to_string(size) + " bytes"; }
-
-// Where every identifier has a key of its own, the keys in a row.
-std::string keysOf(const BlockForm& form) {
-    std::vector<std::string> keys;
-    for (int id = form.first; id <= form.last; ++id) {
-        const std::string key = form.key(id);
-        if (!key.empty() && std::ranges::find(keys, key) == keys.end())
-            keys.push_back(key);
-    }
-    std::string text;
-    for (const std::string& key : keys)
-        text += (text.empty() ? "" : ", ") + key;
-    return text;
-}
 
 std::string markdownRow(const Row& row) {
     std::string text = "|";
@@ -167,8 +150,9 @@ std::string listAsText(const BlockForms& forms) {
 }
 
 std::string describeAsText(const BlockForms& forms, const BlockForm& form) {
-    std::vector<Row> rows = fieldRows(forms, form);
+    std::vector<Row> rows = headerRows(form);
     rows.insert(rows.begin(), fieldHeadings);
+    appendFields(rows, forms, form);
     const std::string key = form.key(form.first);
     return std::to_string(form.first) + (key.empty() ? "" : "  " + key) + "  " + std::string(form.entry->className) +
            "  " + bytesText(form.size) + "\n\n" + aligned(rows, "><><<<<");
@@ -177,14 +161,15 @@ std::string describeAsText(const BlockForms& forms, const BlockForm& form) {
 std::string describeAsMarkdown(const BlockForms& forms) {
     std::string text;
     for (const BlockForm& form : forms.all()) {
-        const std::string keys = keysOf(form);
-        text += "\n### " + std::to_string(form.first);
-        if (form.last != form.first)
-            text += '-' + std::to_string(form.last);
+        const std::string keys = form.keys();
+        text += "\n### " + form.ids();
         text += (keys.empty() ? "" : ' ' + keys) + "\n\n`" + std::string(form.entry->className) + "`, " +
                 bytesText(form.size) + "\n\n| offset | type | entries | name | unit | scale | what it is for |\n" +
                 "| ---: | --- | ---: | --- | --- | --- | --- |\n";
-        for (Row& row : fieldRows(forms, form)) {
+        // The header words are the same in all blocks but one.
+        std::vector<Row> rows = form.hasHeader() ? std::vector<Row>() : headerRows(form);
+        appendFields(rows, forms, form);
+        for (Row& row : rows) {
             row[3] = '`' + row[3] + '`';
             text += markdownRow(row);
         }

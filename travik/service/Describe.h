@@ -14,7 +14,8 @@ TRAVIK_SERVICE_EXPORT std::string listAsText(const BlockForms& forms);
 /// A block byte by byte, the header included: a line a field, under the identifier, key, class and size.
 TRAVIK_SERVICE_EXPORT std::string describeAsText(const BlockForms& forms, const BlockForm& form);
 
-/// The reference of all blocks in Markdown: a section for each form, with what `describeAsText` says.
+/// The reference of all blocks in Markdown: a section for each form, with what `describeAsText` says but
+/// the header words.
 TRAVIK_SERVICE_EXPORT std::string describeAsMarkdown(const BlockForms& forms);
 
 /// A JSON array with an object for each form that is asked for, each of a single identifier. Its keys are stable:

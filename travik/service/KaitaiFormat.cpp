@@ -170,10 +170,10 @@ constexpr std::string_view tableTypes = R"(  block_content:
           cases:
 )";
 
-/// How the language calls a stored type; empty for a text.
+/// How the language calls a stored type.
 std::string_view kaitaiType(Stored stored) {
-    static constexpr std::array<std::string_view, 12> names{"u1", "s1", "u2", "s2", "u4", "s4",
-                                                            "f4", "f8", "",   "u8", "s8", "f80"};
+    static constexpr std::array<std::string_view, 12> names{"u1", "s1", "u2",  "s2", "u4", "s4",
+                                                            "f4", "f8", "str", "u8", "s8", "f80"};
     return names.at(static_cast<std::size_t>(stored));
 }
 
@@ -219,14 +219,25 @@ struct Part {
     }
 };
 
+/// "; stored × 0.01 in dB": for viewers that show the text only.
+std::string measure(const Field& field) {
+    std::string text = field.scale == 1.0 ? "" : " × " + shortestText(field.scale);
+    if (field.zero != 0.0)
+        text += " + " + shortestText(field.zero);
+    text = text.empty() ? "" : "; stored" + text;
+    if (*field.unit)
+        text += (text.empty() ? "; in " : " in ") + std::string(field.unit);
+    return text;
+}
+
 /// A type that is being written: its lines, and the types that it needs.
 class TypeWriter {
 public:
     TypeWriter(const BlockForms& forms, const BlockForm& form, std::string indent)
         : forms_(forms), form_(form), indent_(std::move(indent)) {}
 
-    /// The parts one after the other from `start` on, in ascending order of their offsets; `end` is 0 where the type
-    /// may end with its last part.
+    /// The parts one after the other from `start` on, in ascending order of their offsets; `end` is 0 for a
+    /// whole record, whose last array ends with the block where that is shorter.
     void write(const std::vector<Part>& parts, std::size_t start, std::size_t end);
     /// "seq:", "instances:" and "types:", as far as there are any.
     std::string text() const;
@@ -239,6 +250,8 @@ private:
     std::string instances_;
     std::string types_;
     std::set<std::string> ids_;
+    // While the last array of a record is written: where it ends in the body; the block may end before it.
+    std::size_t lastArrayEnds_ = 0;
 
     void attribute(std::string_view id, std::string_view type, unsigned int repeat);
     void explain(const Field& field);
@@ -252,12 +265,15 @@ private:
 
 void TypeWriter::attribute(std::string_view id, std::string_view type, unsigned int repeat) {
     sequence_ += indent_ + "  - id: " + std::string(id) + '\n' + indent_ + "    type: " + std::string(type) + '\n';
-    if (repeat > 0)
+    if (repeat > 0 && lastArrayEnds_ > 0) // by position, since runtimes count `_index` differently here
+        sequence_ += indent_ + "    repeat: until\n" + indent_ +
+                     "    repeat-until: _io.pos >= " + std::to_string(lastArrayEnds_) + " or _io.eof\n";
+    else if (repeat > 0)
         sequence_ += indent_ + "    repeat: expr\n" + indent_ + "    repeat-expr: " + std::to_string(repeat) + '\n';
 }
 
 void TypeWriter::explain(const Field& field) {
-    std::string text = indent_ + "    doc: " + quoted(forms_.purpose(form_, field)) + '\n';
+    std::string text = indent_ + "    doc: " + quoted(forms_.purpose(form_, field) + measure(field)) + '\n';
     text += indent_ + "    -role: " + std::string(roleName(field.role)) + '\n';
     if (*field.unit)
         text += indent_ + "    -unit: " + quoted(field.unit) + '\n';
@@ -304,9 +320,8 @@ void TypeWriter::word(const std::vector<Part>& values) {
 /// Elements of one field, at most one dimension of them.
 void TypeWriter::array(const Part& part) {
     const Field& field = *part.field;
-    const bool isText = field.stored == Stored::Text;
-    attribute(field.name, isText ? "str" : kaitaiType(field.stored), part.rank() == 0 ? 0 : part.outer().extent);
-    if (isText)
+    attribute(field.name, kaitaiType(field.stored), part.rank() == 0 ? 0 : part.outer().extent);
+    if (field.stored == Stored::Text)
         sequence_ += indent_ + "    size: " + std::to_string(field.width) + '\n' + indent_ + "    terminator: 0\n";
     explain(field);
 }
@@ -357,6 +372,8 @@ void TypeWriter::write(const std::vector<Part>& parts, std::size_t start, std::s
         std::vector<Part> together;
         std::ranges::copy_if(left, std::back_inserter(together), isTogether);
         std::erase_if(left, isTogether);
+        if (end == 0 && left.empty() && first.rank() > 0)
+            lastArrayEnds_ = first.offset - headerSize + std::size_t{first.outer().extent} * first.outer().stride;
         const bool isPlain = together.size() == 1 && first.field->bits == 0 && first.rank() == 1 &&
                              first.outer().stride == first.field->width;
         if (first.rank() == 0) {
@@ -388,66 +405,70 @@ std::string typeOfForm(const BlockForms& forms, const BlockForm& form, const std
         parts.push_back({&field, field.offset});
     TypeWriter writer(forms, form, "    ");
     writer.write(parts, headerSize, 0);
-    std::string ids = std::to_string(form.first);
-    if (form.last != form.first)
-        ids += '-' + std::to_string(form.last);
-    const std::string key = form.key(form.first);
+    const std::string keys = form.keys();
     return "  " + name + ":\n    doc: " +
-           quoted(ids + (key.empty() ? "" : ' ' + key) + ", " + std::to_string(form.size) + " bytes with the header") +
+           quoted(form.ids() + (keys.empty() ? "" : ' ' + keys) + ", " + std::to_string(form.size) + " bytes in all") +
            '\n' + writer.text();
 }
 
 /// An element type of a self-describing table.
 struct Element {
     std::string_view name;
-    std::string_view type;
+    Stored stored = Stored::U8;
+    double scale = 1.0;
     unsigned int characters = 0;
 };
 
 constexpr std::array<Element, 25> elements{{
-    {"none", ""},
-    {"uint8", "u1"},
-    {"int8", "s1"},
-    {"uint16", "u2"},
-    {"int16", "s2"},
-    {"uint32", "u4"},
-    {"int32", "s4"},
-    {"uint64", "u8"},
-    {"int64", "s8"},
-    {"float", "f4"},
-    {"double", "f8"},
-    {"long_double", "f80"},
-    {"fix16d1", "s2"},
-    {"fix16d2", "s2"},
-    {"fix16d3", "s2"},
-    {"fix16d4", "s2"},
-    {"fix32d1", "s4"},
-    {"fix32d2", "s4"},
-    {"fix32d3", "s4"},
-    {"fix32d4", "s4"},
-    {"char", "char1", 1},
-    {"char5", "char5", 5},
-    {"char10", "char10", 10},
-    {"char15", "char15", 15},
-    {"char20", "char20", 20},
+    {"none"},
+    {"uint8", Stored::U8},
+    {"int8", Stored::I8},
+    {"uint16", Stored::U16},
+    {"int16", Stored::I16},
+    {"uint32", Stored::U32},
+    {"int32", Stored::I32},
+    {"uint64", Stored::U64},
+    {"int64", Stored::I64},
+    {"float", Stored::F32},
+    {"double", Stored::F64},
+    {"long_double", Stored::F80},
+    {"fix16d1", Stored::I16, 0.1},
+    {"fix16d2", Stored::I16, 0.01},
+    {"fix16d3", Stored::I16, 0.001},
+    {"fix16d4", Stored::I16, 0.0001},
+    {"fix32d1", Stored::I32, 0.1},
+    {"fix32d2", Stored::I32, 0.01},
+    {"fix32d3", Stored::I32, 0.001},
+    {"fix32d4", Stored::I32, 0.0001},
+    {"char", Stored::Text, 1.0, 1},
+    {"char5", Stored::Text, 1.0, 5},
+    {"char10", Stored::Text, 1.0, 10},
+    {"char15", Stored::Text, 1.0, 15},
+    {"char20", Stored::Text, 1.0, 20},
 }};
 
+/// The cases of `element`, a type for each of them, and the codes. Numbers have types of their own, since not every
+/// language that parsers are generated in has a type for "a number or a text".
 std::string elementTypes() {
     std::string cases;
     std::string types;
-    std::string names = "enums:\n  element_type:\n";
+    std::string codes = "enums:\n  element_type:\n";
     for (std::size_t code = 0; code < elements.size(); ++code) {
         const Element& element = elements.at(code);
         const std::string name(element.name);
-        const std::string type(element.type);
-        names += "    " + std::to_string(code) + ": " + name + '\n';
-        if (!type.empty())
-            cases += "            element_type::" + name + ": " + type + '\n';
+        codes += "    " + std::to_string(code) + ": " + name + '\n';
+        if (code == 0)
+            continue;
+        cases += "            element_type::" + name + ": " + name + "_value\n";
+        types += "  " + name +
+                 "_value:\n    seq:\n      - id: value\n        type: " + std::string(kaitaiType(element.stored)) +
+                 '\n';
         if (element.characters > 0)
-            types += "  " + type + ":\n    seq:\n      - id: text\n        type: str\n        size: " +
-                     std::to_string(element.characters) + "\n        terminator: 0\n";
+            types += "        size: " + std::to_string(element.characters) + "\n        terminator: 0\n";
+        if (element.scale != 1.0)
+            types += "        -scale: " + shortestText(element.scale) + '\n';
     }
-    return cases + types + names;
+    return cases + types + codes;
 }
 
 } // namespace

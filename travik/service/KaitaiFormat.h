@@ -12,7 +12,8 @@ namespace Travik {
 /// each form of a block, chosen by identifier.
 ///
 /// - A block's `body` is parsed when it is asked for, out of the bytes that the size word gives it. So a block whose
-///   record is cut off, or longer than its class says, does not keep the others from being read.
+///   record is cut off, or longer than its class says, does not keep the others from being read. A record that ends
+///   with an array may have fewer entries of it.
 /// - A field keeps its name. The entries of tables whose fields alternate are `per_<dimension>`; a value that has some
 ///   bits of a word is computed from `<field>_word`; the rows of a table are an array of a type whose only field has
 ///   the table's name.
