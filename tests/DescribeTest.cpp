@@ -150,10 +150,11 @@ TEST(Kaitai, NamesAreLegalAndUniqueInTheirType) {
         if (std::regex_match(line, match, std::regex(R"( *(?:- id: (.*)|([^ -][^ ]*):))"))) {
             const std::string name = match[1].matched ? match[1] : match[2];
             EXPECT_TRUE(std::regex_match(name, legal) || name.starts_with("element_type::")) << line;
-            if (name == "seq") // of the next type
+            if (name == "seq") { // of the next type
                 used.erase(used.lower_bound(indent), used.end());
-            else if (match[1].matched)
+            } else if (match[1].matched) {
                 EXPECT_TRUE(used[indent].insert(name).second) << line;
+            }
         }
     }
 }
