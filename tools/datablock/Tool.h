@@ -40,6 +40,7 @@ public:
 };
 
 /// Declared in the order that the help lists them in.
+std::unique_ptr<Command> describeCommand(CLI::App& app);
 std::unique_ptr<Command> dumpCommand(CLI::App& app);
 std::unique_ptr<Command> infoCommand(CLI::App& app);
 std::unique_ptr<Command> showCommand(CLI::App& app);

@@ -17,7 +17,7 @@ int runTool(int argc, char** argv) {
     std::vector<std::unique_ptr<Tool::Command>> commands;
     for (const auto& declare :
          {Tool::dumpCommand, Tool::showCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
-          Tool::verifyCommand, Tool::exportCommand, Tool::importCommand, Tool::buildCommand})
+          Tool::verifyCommand, Tool::describeCommand, Tool::exportCommand, Tool::importCommand, Tool::buildCommand})
         commands.push_back(declare(app));
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     // Here "++" ends the options of a subcommand, unless it is spelt as the file that it names.

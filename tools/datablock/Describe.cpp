@@ -1,0 +1,101 @@
+#include "Tool.h"
+
+#include <travik/service/Describe.h>
+#include <travik/service/KaitaiFormat.h>
+
+#include <iostream>
+
+namespace Tool {
+
+namespace {
+
+// SELECTOR-SEAM: what an argument selects of the catalogue.
+std::vector<int> identifiersOf(const std::string& selector) {
+    std::vector<int> ids;
+    for (const Travik::CatalogueEntry& entry : Travik::catalogue()) {
+        for (int id = entry.first; id <= entry.last; ++id) {
+            if (selector == std::to_string(id) || selector == Travik::toUtf8(entry.key(entry, id)))
+                ids.push_back(id);
+        }
+    }
+    return ids;
+}
+
+class Describe : public Command {
+public:
+    explicit Describe(CLI::App& app) {
+        CLI::App& command = *app.add_subcommand("describe", "How the blocks are stored, byte by byte");
+        command.add_option("block", selectors_, "Identifiers or key names of blocks; without any, a list of all");
+        CLI::Option* const json = command.add_flag("--json", asJson_, "Write one JSON array, an object for each block");
+        CLI::Option* const ksy =
+            command.add_flag("--ksy", asKaitai_, "Write a description of all in the language of Kaitai Struct");
+        CLI::Option* const markdown = command.add_flag("--markdown", asMarkdown_, "Write the reference of all blocks");
+        json->excludes(ksy, markdown);
+        ksy->excludes(markdown);
+    }
+
+    int run() override {
+        const Travik::BlockForms forms;
+        if (asKaitai_ || asMarkdown_) {
+            if (!selectors_.empty()) {
+                std::cerr << "datablock: " << (asKaitai_ ? "--ksy" : "--markdown")
+                          << " describes all blocks, it takes no identifier\n";
+                return CallFailed;
+            }
+            std::cout << (asKaitai_ ? describeAsKaitai(forms) : describeAsMarkdown(forms));
+        } else if (selectors_.empty() && !asJson_) {
+            std::cout << listAsText(forms);
+        } else {
+            const auto asked = askedFor();
+            if (!asked)
+                return CallFailed;
+            write(forms, *asked);
+        }
+        return std::cout ? AllWell : CallFailed;
+    }
+
+private:
+    std::vector<std::string> selectors_;
+    bool asJson_ = false;
+    bool asKaitai_ = false;
+    bool asMarkdown_ = false;
+
+    // Nothing, and a line for each, where an argument selects no block.
+    std::optional<std::vector<Travik::BlockForm>> askedFor() const {
+        std::vector<int> ids;
+        bool isComplete = true;
+        for (const std::string& selector : selectors_) {
+            const std::vector<int> found = identifiersOf(selector);
+            if (found.empty())
+                std::cerr << "datablock: no block class has the identifier or key " << selector
+                          << "; 'datablock describe' lists all\n";
+            isComplete = isComplete && !found.empty();
+            ids.insert(ids.end(), found.begin(), found.end());
+        }
+        if (!isComplete)
+            return std::nullopt;
+        for (const Travik::CatalogueEntry& entry : Travik::catalogue()) {
+            for (int id = entry.first; id <= entry.last && selectors_.empty(); ++id)
+                ids.push_back(id);
+        }
+        std::vector<Travik::BlockForm> asked;
+        for (const int id : ids)
+            asked.push_back(Travik::BlockForms::of(id));
+        return asked;
+    }
+
+    void write(const Travik::BlockForms& forms, const std::vector<Travik::BlockForm>& asked) const {
+        if (asJson_) {
+            std::cout << describeAsJson(forms, asked);
+            return;
+        }
+        for (std::size_t i = 0; i < asked.size(); ++i)
+            std::cout << (i == 0 ? "" : "\n") << describeAsText(forms, asked[i]);
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Command> describeCommand(CLI::App& app) { return std::make_unique<Describe>(app); }
+
+} // namespace Tool
