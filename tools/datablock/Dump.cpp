@@ -1,9 +1,9 @@
+#include "Terminal.h"
 #include "Tool.h"
 
 #include <travik/registry/Interpreter.h>
 #include <travik/tables/SecondEdition.h>
 
-#include <iostream>
 #include <optional>
 #include <sstream>
 
@@ -16,18 +16,21 @@ public:
     explicit Dump(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("dump", "Print every block of an image as commented text");
         command.add_option("image", paths_, "Module images; - is standard input")->required();
-        command.add_option("--block", selector_, "Only the blocks of this identifier or key name")->type_name("ID|KEY");
+        addBlockOption(command, patterns_);
         addEncodingOption(command, encoding_);
     }
 
     int run() override {
         interpreter_.emplace();
+        selector_ = Travik::BlockSelector(patterns_);
+        startPager();
         return forEachImage(paths_, [this](const Image& image) { return dump(image); });
     }
 
 private:
     std::vector<std::string> paths_;
-    std::string selector_;
+    std::vector<std::string> patterns_;
+    Travik::BlockSelector selector_;
     Encoding encoding_ = Encoding::Automatic;
     // Made when blocks are printed: it holds a prototype of every class.
     std::optional<Travik::HwDatablockOldStyleInterpreter> interpreter_;
@@ -35,11 +38,9 @@ private:
     int dump(const Image& image) {
         const Travik::ModuleImage module(image.bytes);
         int status = AllWell;
-        bool found = false;
         for (const Travik::ImageBlock& block : module.blocks()) {
-            if (!selector_.empty() && !isSelected(block, selector_))
+            if (!selector_.selects(block))
                 continue;
-            found = true;
             // A stream of its own, in its default state: what a block leaves on it changes no other's text.
             std::ostringstream text;
             const bool known = print(block, text);
@@ -53,11 +54,7 @@ private:
             }
             status = std::max(status, reportProblems(image, problems));
         }
-        if (!selector_.empty() && !found) {
-            std::cerr << image.name << ": no block " << selector_ << '\n';
-            status = DataWrong;
-        }
-        return status;
+        return std::max(status, reportMisses(image, module, selector_));
     }
 
     bool print(const Travik::ImageBlock& block, std::ostream& os) {

@@ -1,10 +1,10 @@
-#include "Tool.h"
+#include "Jobs.h"
+#include "Terminal.h"
 
 #include <travik/tables/SecondEdition.h>
 
 #include <array>
 #include <iomanip>
-#include <iostream>
 #include <sstream>
 
 namespace Tool {
@@ -21,14 +21,17 @@ public:
     explicit List(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("list", "List the blocks of an image with their checksums' state");
         command.add_option("image", paths_, "Module images; - is standard input")->required();
+        addJobsOption(command, jobs_);
     }
 
     int run() override {
-        return forEachImage(paths_, [this](const Image& image) { return list(image); });
+        startPager();
+        return forEachImage(paths_, jobs_, [this](const Image& image, std::size_t) { return list(image); });
     }
 
 private:
     std::vector<std::string> paths_;
+    unsigned int jobs_ = 1;
 
     int list(const Image& image) const {
         const Travik::ModuleImage module(image.bytes);
@@ -36,11 +39,11 @@ private:
         for (const Travik::ImageBlock& block : module.blocks())
             table.push_back(cells(block));
         if (paths_.size() > 1)
-            std::cout << image.name << ":\n";
+            out() << image.name << ":\n";
         write(table);
-        std::cout << module.blocks().size() << (module.blocks().size() == 1 ? " block, " : " blocks, ") << module.end()
-                  << " of " << image.bytes.size() << " bytes\n";
-        if (!std::cout)
+        out() << module.blocks().size() << (module.blocks().size() == 1 ? " block, " : " blocks, ") << module.end()
+              << " of " << image.bytes.size() << " bytes\n";
+        if (!out())
             return CallFailed;
         return reportProblems(image, module.problems());
     }
@@ -82,8 +85,8 @@ private:
         for (const Cells& row : table) {
             for (std::size_t i = 0; i < row.size(); ++i) {
                 const bool last = i + 1 == row.size();
-                std::cout << (isNumber[i] ? std::right : std::left) << std::setw(last ? 0 : static_cast<int>(widths[i]))
-                          << row[i] << (last ? "\n" : "  ");
+                out() << (isNumber[i] ? std::right : std::left) << std::setw(last ? 0 : static_cast<int>(widths[i]))
+                      << row[i] << (last ? "\n" : "  ");
             }
         }
     }

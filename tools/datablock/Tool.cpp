@@ -1,5 +1,7 @@
 #include "Tool.h"
 
+#include "Jobs.h"
+
 #include <travik/service/ImageFile.h>
 
 #include <unistd.h>
@@ -12,9 +14,7 @@ namespace Tool {
 
 namespace {
 
-void fail(const std::string& name, const std::string& why) {
-    std::cerr << "datablock: " << name << ": " << why << '\n';
-}
+void fail(const std::string& name, const std::string& why) { err() << "datablock: " << name << ": " << why << '\n'; }
 
 } // namespace
 
@@ -37,8 +37,8 @@ std::optional<Image> readImage(const std::string& path) {
 void reportProblem(const Image& image, std::size_t offset, unsigned short id, std::string_view text) {
     std::array<char, 16> hex;
     const char* const end = std::to_chars(hex.data(), hex.data() + hex.size(), offset, 16).ptr;
-    std::cerr << image.name << ": offset " << offset << " (0x" << std::string_view(hex.data(), end) << "), block " << id
-              << ": " << text << '\n';
+    err() << image.name << ": offset " << offset << " (0x" << std::string_view(hex.data(), end) << "), block " << id
+          << ": " << text << '\n';
 }
 
 int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& problems) {
@@ -53,8 +53,19 @@ std::string keyOf(const Travik::ImageBlock& block) {
     return block.entry ? block.entry->key(*block.entry, block.id) : std::string();
 }
 
-bool isSelected(const Travik::ImageBlock& block, const std::string& selector) {
-    return selector == std::to_string(block.id) || selector == keyOf(block);
+void addBlockOption(CLI::App& command, std::vector<std::string>& patterns) {
+    command
+        .add_option("--block", patterns,
+                    "Only the blocks of this identifier or key name, which may be a glob (\"RFBO_*\"); may be repeated")
+        ->type_name("ID|KEY")
+        ->allow_extra_args(false);
+}
+
+int reportMisses(const Image& image, const Travik::ModuleImage& module, const Travik::BlockSelector& selector) {
+    const std::vector<std::string> misses = selector.misses(module);
+    for (const std::string& miss : misses)
+        err() << image.name << ": " << miss << '\n';
+    return misses.empty() ? AllWell : DataWrong;
 }
 
 void addEncodingOption(CLI::App& command, Encoding& encoding) {

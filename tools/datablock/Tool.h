@@ -1,6 +1,7 @@
 #pragma once
 
 #include <travik/registry/ModuleImage.h>
+#include <travik/service/BlockSelector.h>
 
 #include <CLI/CLI.hpp>
 
@@ -44,6 +45,7 @@ std::unique_ptr<Command> verifyCommand(CLI::App& app);
 std::unique_ptr<Command> exportCommand(CLI::App& app);
 std::unique_ptr<Command> importCommand(CLI::App& app);
 std::unique_ptr<Command> summaryCommand(CLI::App& app);
+std::unique_ptr<Command> showCommand(CLI::App& app);
 
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.
 std::optional<Image> readImage(const std::string& path);
@@ -70,8 +72,11 @@ void reportProblem(const Image& image, std::size_t offset, unsigned short id, st
 /// Every problem of the image; the status that they make.
 int reportProblems(const Image& image, const std::vector<Travik::ImageProblem>& problems);
 
-/// Selects blocks by identifier (a number) or by key name.
-bool isSelected(const Travik::ImageBlock& block, const std::string& selector);
+/// Declares "--block" of a command that takes any number of them.
+void addBlockOption(CLI::App& command, std::vector<std::string>& patterns);
+/// One line for each pattern that selects no block of the image, with what may have been meant; the status that they
+/// make.
+int reportMisses(const Image& image, const Travik::ModuleImage& module, const Travik::BlockSelector& selector);
 
 /// The key name of a block, empty where it has none; that of a second-edition table is USER_ and its identifier, as it
 /// prints itself.

@@ -1,3 +1,4 @@
+#include "Terminal.h"
 #include "Tool.h"
 
 #include <exception>
@@ -12,9 +13,12 @@ int runTool(int argc, char** argv) {
     app.footer("Exit status: 0 all well, 1 something is wrong in the data (a line each on standard error),\n"
                "2 the call or a file could not be used.");
 
+    app.fallthrough(); // these may stand behind the command as well
+    Tool::addTerminalOptions(app);
+
     std::vector<std::unique_ptr<Tool::Command>> commands;
-    for (const auto& declare : {Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
-                                Tool::verifyCommand, Tool::exportCommand, Tool::importCommand})
+    for (const auto& declare : {Tool::showCommand, Tool::dumpCommand, Tool::listCommand, Tool::infoCommand,
+                                Tool::summaryCommand, Tool::verifyCommand, Tool::exportCommand, Tool::importCommand})
         commands.push_back(declare(app));
     try {
         app.parse(argc, argv);
@@ -35,9 +39,11 @@ int main(int argc, char** argv) {
     std::ios_base::sync_with_stdio(false);
     try {
         const int status = runTool(argc, argv);
+        Tool::endPager();
         std::cout.flush();
         return std::cout ? status : Tool::CallFailed;
     } catch (const std::exception& error) {
+        Tool::endPager();
         std::cerr << "datablock: " << error.what() << '\n';
         return Tool::CallFailed;
     }
