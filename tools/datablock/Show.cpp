@@ -116,7 +116,8 @@ private:
             return AllWell;
         std::set<std::string> names;
         for (const Travik::ImageBlock* const block : blocks) {
-            for (const Travik::Field& field : Travik::BlockLayout(*block).fields())
+            const Travik::BlockLayout layout(*block);
+            for (const Travik::Field& field : layout.fields())
                 names.insert(field.name);
         }
         const std::vector<std::string> known(names.begin(), names.end());

@@ -147,4 +147,10 @@ std::string BlockTable::exactRowLabel(unsigned int row) const {
     return row < numbers.size() ? axis->format.exact(numbers[row]) : std::string();
 }
 
+std::string axisName(const ValueDimension& dimension, int block) {
+    const CatalogueEntry* const entry = dimension.axisBlock == block ? nullptr : findEntry(dimension.axisBlock);
+    const std::string key = entry ? toUtf8(entry->key(*entry, dimension.axisBlock)) : std::string();
+    return key.empty() && dimension.axis ? dimension.axis->name : key;
+}
+
 } // namespace Travik

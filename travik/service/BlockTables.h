@@ -58,4 +58,8 @@ private:
 /// columns along the last of the others; for each index of what is left there is a table of its own.
 TRAVIK_SERVICE_EXPORT std::vector<BlockTable> tablesOf(std::span<const FieldValues* const> fields, bool isWhole);
 
+/// What the labels of a dimension of a block are called: the key of the block that holds them; where that is the block
+/// itself, or has no key, the field.
+TRAVIK_SERVICE_EXPORT std::string axisName(const ValueDimension& dimension, int block);
+
 } // namespace Travik

@@ -23,14 +23,14 @@ void appendRow(std::string& text, std::span<const std::string> cells) {
     text += "\r\n";
 }
 
-std::string rowName(const BlockTable& table) {
+std::string rowName(const ImageBlock& block, const BlockTable& table) {
     if (const Axis* const axis = table.rowDimension->axis.get())
-        return withUnit(axis->name, axis->unit);
+        return withUnit(axisName(*table.rowDimension, block.id), axis->unit);
     return table.rowDimension->name.empty() ? "index" : std::string(table.rowDimension->name);
 }
 
-void appendHeading(std::string& text, const BlockTable& table) {
-    std::vector<std::string> cells{rowName(table)};
+void appendHeading(std::string& text, const ImageBlock& block, const BlockTable& table) {
+    std::vector<std::string> cells{rowName(block, table)};
     for (const BlockTable::Place& place : table.places)
         cells.push_back(place.dimension.empty() ? "index " + std::to_string(place.number)
                                                 : std::string(place.dimension));
@@ -87,12 +87,15 @@ std::string appendCsv(std::string& text, const ImageBlock& block, std::span<cons
         if (&table != &tables.front() && table.fields == (&table - 1)->fields)
             continue;
         isOne = isOne && &table == &tables.front();
-        for (const std::string_view field : table.fields)
-            names.append(&field == &table.fields.front() ? (names.empty() ? "" : "; ") : ", ").append(field);
+        std::string_view separator = names.empty() ? "" : "; ";
+        for (const std::string_view field : table.fields) {
+            names.append(separator).append(field);
+            separator = ", ";
+        }
     }
     if (!isOne)
         return "more than one table: " + names;
-    appendHeading(text, tables.front());
+    appendHeading(text, block, tables.front());
     for (const BlockTable& table : tables)
         appendRows(text, block, table, isWhole);
     return {};

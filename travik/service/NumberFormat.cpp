@@ -32,19 +32,21 @@ std::string shortest(T number) {
 } // namespace
 
 NumberFormat::NumberFormat(const Field& field) {
-    constexpr int mostDecimals = 9;
     isSingle_ = field.stored == Stored::F32;
     if (isFloating(field))
         return;
+    // So many tell one step from the next; a few more, where that shows every number exactly.
+    constexpr int mostDecimals = 9;
+    constexpr int few = 2;
+    const int needed =
+        std::clamp(static_cast<int>(std::ceil(-std::log10(std::abs(field.scale)) - 1e-9)), 0, mostDecimals);
     double power = 1;
-    for (int decimals = 0; decimals <= mostDecimals; ++decimals, power *= 10) {
-        if (isWhole(field.scale * power) && isWhole(field.zero * power)) {
-            decimals_ = decimals;
+    for (decimals_ = 0; decimals_ <= needed + few; ++decimals_, power *= 10) {
+        if (isWhole(field.scale * power) && isWhole(field.zero * power))
             return;
-        }
     }
     isExact_ = false;
-    decimals_ = std::clamp(static_cast<int>(std::ceil(-std::log10(std::abs(field.scale)))), 0, mostDecimals);
+    decimals_ = needed;
 }
 
 std::string NumberFormat::text(double physical) const {

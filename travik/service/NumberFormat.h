@@ -10,7 +10,8 @@
 namespace Travik {
 
 /// How the numbers of a field are written: integers with the decimals that a step of one in the stored number makes
-/// ("1.50" of 150 in 0.01 dB), floating numbers as the shortest decimal that reads back as the stored one.
+/// ("1.50" of 150 in 0.01 dB; "0.063" of 29 in 1/460), floating numbers as the shortest decimal that reads back as the
+/// stored one.
 class TRAVIK_SERVICE_EXPORT NumberFormat {
 public:
     /// The shortest decimal that reads back as the number.

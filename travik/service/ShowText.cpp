@@ -86,14 +86,17 @@ public:
                                    : value.empty() ? std::string(cutOff)
                                                    : withReadableUnit(value, field->field->unit));
         }
+        hasLines_ = !names.cells.empty();
         // One a line, however wide the terminal is.
-        if (!names.cells.empty())
+        if (hasLines_)
             appendGrid(text_, std::move(names), {std::move(values)}, indent, 0);
     }
 
     void table(const BlockTable& table) {
-        text_ += '\n';
-        const bool isList = table.columns.size() == 1 && !table.columnDimension && !table.hasRowAxis();
+        if (hasLines_)
+            text_ += '\n';
+        hasLines_ = true;
+        const bool isList = table.columns.size() == 1 && !table.hasRowAxis() && !table.hasColumnAxis();
         const FieldValues& first = *table.columns.front().values;
         if (isList && isBytes(first)) {
             bytes(first.field->name, first.field->offset, table.rows);
@@ -101,7 +104,7 @@ public:
         }
         const bool isReadable = isList && isFrequencyUnit(first.field->unit);
         const std::string unit = isReadable ? std::string() : commonUnit(table);
-        tableHeading(table, unit);
+        tableHeading(table, unit, isList);
         if (isList) {
             GridColumn cells = columnOf(table, table.columns.front());
             for (std::string& cell : cells.cells)
@@ -147,6 +150,7 @@ private:
     std::string& text_;
     const ImageBlock& block_;
     const ShowOptions& options_;
+    bool hasLines_ = false; // below the heading
 
     void appendHex(std::size_t number, std::size_t digits) {
         while (digits-- > 0)
@@ -179,20 +183,23 @@ private:
         return isCommon ? unit : std::string();
     }
 
-    static std::string along(const ValueDimension& dimension) {
-        std::string text(dimension.axis ? escaped(dimension.axis->name) : std::string(dimension.name));
-        if (dimension.axis && dimension.axis->block != 0)
-            text += " (" + std::to_string(dimension.axisBlock) + ')';
-        else if (dimension.axisBlock != 0)
-            text += " (" + std::to_string(dimension.axisBlock) + " does not fit)";
-        return text;
+    // What the entries of a dimension are, or what they should be labelled with.
+    std::string along(const ValueDimension& dimension) const {
+        const std::string name(dimension.name);
+        if (dimension.axisBlock == 0 || (dimension.axisBlock == block_.id && !dimension.axis))
+            return name;
+        std::string labels = escaped(axisName(dimension, block_.id));
+        if (dimension.axisBlock != block_.id)
+            labels += (labels.empty() ? "" : " ") + ('(' + std::to_string(dimension.axisBlock) + ')');
+        return dimension.axis ? labels : name + ", not fitting " + labels;
     }
 
-    void tableHeading(const BlockTable& table, std::string_view unit) {
+    void tableHeading(const BlockTable& table, std::string_view unit, bool isList) {
         std::vector<std::string> parts{std::string(indent, ' ') + table.name()};
         if (!unit.empty())
             parts.push_back("in " + std::string(unit));
-        const std::string rows = along(*table.rowDimension);
+        const bool isSaid = !isList || table.rowDimension->axisBlock != 0;
+        const std::string rows = isSaid ? along(*table.rowDimension) : std::string();
         const std::string columns = table.columnDimension ? along(*table.columnDimension) : std::string();
         if (!rows.empty())
             parts.push_back("by " + rows);
