@@ -110,17 +110,13 @@ std::vector<BlockTable> tablesOf(std::span<const FieldValues* const> fields, boo
     return tables;
 }
 
-std::string BlockTable::name() const {
+std::string BlockTable::place() const {
     std::string text;
-    for (const std::string_view field : fields)
-        text.append(text.empty() ? "" : ", ").append(field);
-    std::string_view separator = " (";
     for (const Place& place : places) {
-        text.append(separator).append(place.dimension).append(place.dimension.empty() ? "" : " ");
+        text.append(text.empty() ? " (" : ", ").append(place.dimension).append(place.dimension.empty() ? "" : " ");
         text.append(std::to_string(place.index));
-        separator = ", ";
     }
-    return places.empty() ? text : text + ')';
+    return text.empty() ? text : text + ')';
 }
 
 std::span<const double> BlockTable::labelsOf(const Axis& axis) const {

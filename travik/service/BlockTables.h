@@ -39,8 +39,8 @@ struct TRAVIK_SERVICE_EXPORT BlockTable {
 
     bool hasRowAxis() const { return rowDimension->axis != nullptr; }
     bool hasColumnAxis() const { return columnDimension && columnDimension->axis; }
-    /// "gain, offset", "gain (filter 2)"
-    std::string name() const;
+    /// " (filter 2)"; empty where there is no further dimension.
+    std::string place() const;
     /// What labels a row, with its unit: "3 GHz", else its number.
     std::string rowLabel(unsigned int row) const { return label(*rowDimension, row); }
     /// The same of a column of a field that has several.

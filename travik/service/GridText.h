@@ -1,5 +1,7 @@
 #pragma once
 
+#include <travik/service/Export.h>
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -17,10 +19,10 @@ struct GridColumn {
 /// Appends the columns side by side, each line after `indent` blanks, the labels first. What is wider than the terminal
 /// goes on below, under the same labels; of a table that is much narrower the lower part stands beside the upper one.
 /// Without headings where all are empty. Texts are safe to be shown.
-void appendGrid(std::string& text, GridColumn labels, std::vector<GridColumn> columns, std::size_t indent,
-                std::size_t width);
+TRAVIK_SERVICE_EXPORT void appendGrid(std::string& text, GridColumn labels, std::vector<GridColumn> columns,
+                                      std::size_t indent, std::size_t width);
 
 /// Appends cells one after the other, as many on a line as fit, each line headed by the number of its first cell.
-void appendList(std::string& text, GridColumn cells, std::size_t indent, std::size_t width);
+TRAVIK_SERVICE_EXPORT void appendList(std::string& text, GridColumn cells, std::size_t indent, std::size_t width);
 
 } // namespace Travik

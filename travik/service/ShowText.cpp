@@ -195,7 +195,12 @@ private:
     }
 
     void tableHeading(const BlockTable& table, std::string_view unit, bool isList) {
-        std::vector<std::string> parts{std::string(indent, ' ') + table.name()};
+        std::vector<std::string> parts;
+        for (const std::string_view field : table.fields)
+            parts.push_back(std::string(field) + ',');
+        parts.front().insert(0, indent, ' ');
+        parts.back().pop_back();
+        parts.back() += table.place();
         if (!unit.empty())
             parts.push_back("in " + std::string(unit));
         const bool isSaid = !isList || table.rowDimension->axisBlock != 0;
