@@ -11,9 +11,8 @@
 namespace {
 
 std::string documentOf(std::span<const char> bytes) {
-    Travik::DocumentWriter writer;
-    writer.add("image", bytes, Travik::ModuleImage(bytes));
-    return writer.finish();
+    const std::string object = Travik::jsonObject("image", bytes, Travik::ModuleImage(bytes));
+    return Travik::jsonDocument({&object, 1});
 }
 
 void expectBack(std::span<const char> bytes) {

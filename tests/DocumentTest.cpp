@@ -33,9 +33,8 @@ const std::map<std::string, std::vector<char>>& samples() {
 }
 
 std::string documentOf(std::span<const char> bytes, const DocumentFilter& filter = {}) {
-    DocumentWriter writer;
-    writer.add("a.bin", bytes, ModuleImage(bytes), filter);
-    return writer.finish();
+    const std::string object = jsonObject("a.bin", bytes, ModuleImage(bytes), filter);
+    return jsonDocument({&object, 1});
 }
 
 std::string documentOf(const std::string& bytes) { return documentOf(std::span<const char>(bytes)); }
@@ -207,10 +206,8 @@ TEST(Document, CarriesHostileTexts) {
     EXPECT_NE(text.find("\"name\": \"\\\"\\\\\\u001b\\u009b\xC3\xA4\\u007f\""), std::string::npos);
     EXPECT_EQ(built(text), bytes);
 
-    DocumentWriter writer;
-    writer.add("\xFF\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\xED\xA0\x80", {}, ModuleImage({}));
-    EXPECT_NE(writer.finish().find(
-                  "\"\xEF\xBF\xBD\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\""),
+    const std::string object = jsonObject("\xFF\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\xED\xA0\x80", {}, ModuleImage({}));
+    EXPECT_NE(object.find("\"\xEF\xBF\xBD\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\""),
               std::string::npos);
 }
 

@@ -1,3 +1,4 @@
+#include "Terminal.h"
 #include "Tool.h"
 
 #include <travik/service/Describe.h>
@@ -9,23 +10,36 @@ namespace Tool {
 
 namespace {
 
-// SELECTOR-SEAM: what an argument selects of the catalogue.
-std::vector<int> identifiersOf(const std::string& selector) {
-    std::vector<int> ids;
+/// Calls the function with every identifier that has a class, and its key.
+void forEachClass(const auto& function) {
     for (const Travik::CatalogueEntry& entry : Travik::catalogue()) {
-        for (int id = entry.first; id <= entry.last; ++id) {
-            if (selector == std::to_string(id) || selector == Travik::toUtf8(entry.key(entry, id)))
-                ids.push_back(id);
-        }
+        for (int id = entry.first; id <= entry.last; ++id)
+            function(id, Travik::toUtf8(entry.key(entry, id)));
     }
+}
+
+std::vector<int> identifiersOf(const std::string& pattern) {
+    const Travik::BlockSelector selector({pattern});
+    std::vector<int> ids;
+    forEachClass([&](int id, const std::string& key) {
+        if (selector.selects(id, key))
+            ids.push_back(id);
+    });
     return ids;
+}
+
+std::vector<std::string> allKeys() {
+    std::vector<std::string> keys;
+    forEachClass([&](int, const std::string& key) { keys.push_back(key); });
+    return keys;
 }
 
 class Describe : public Command {
 public:
     explicit Describe(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("describe", "How the blocks are stored, byte by byte");
-        command.add_option("block", selectors_, "Identifiers or key names of blocks; without any, a list of all");
+        command.add_option("block", selectors_,
+                           "Identifiers or key names of blocks, which may be globs; without any, a list of all");
         CLI::Option* const json = command.add_flag("--json", asJson_, "Write one JSON array, an object for each block");
         CLI::Option* const ksy =
             command.add_flag("--ksy", asKaitai_, "Write a description of all in the language of Kaitai Struct");
@@ -44,6 +58,7 @@ public:
             }
             std::cout << (asKaitai_ ? describeAsKaitai(forms) : describeAsMarkdown(forms));
         } else if (selectors_.empty() && !asJson_) {
+            startPager();
             std::cout << listAsText(forms);
         } else {
             const auto asked = askedFor();
@@ -67,7 +82,7 @@ private:
         for (const std::string& selector : selectors_) {
             const std::vector<int> found = identifiersOf(selector);
             if (found.empty())
-                std::cerr << "datablock: no block class has the identifier or key " << selector
+                std::cerr << "datablock: " << InLine{Travik::noSuchName("block class", selector, allKeys())}
                           << "; 'datablock describe' lists all\n";
             isComplete = isComplete && !found.empty();
             ids.insert(ids.end(), found.begin(), found.end());
@@ -89,6 +104,7 @@ private:
             std::cout << describeAsJson(forms, asked);
             return;
         }
+        startPager();
         for (std::size_t i = 0; i < asked.size(); ++i)
             std::cout << (i == 0 ? "" : "\n") << describeAsText(forms, asked[i]);
     }

@@ -1,10 +1,10 @@
+#include "Terminal.h"
 #include "Tool.h"
 
 #include <travik/modules/IqModulatorTables.h>
 #include <travik/registry/Interpreter.h>
 #include <travik/tables/SecondEdition.h>
 
-#include <iostream>
 #include <optional>
 
 namespace Tool {
@@ -16,18 +16,21 @@ public:
     explicit Dump(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("dump", "Print every block of an image as commented text");
         addImagesOption(command, paths_);
-        command.add_option("--block", selector_, "Only the blocks of this identifier or key name")->type_name("ID|KEY");
+        addBlockOption(command, patterns_);
         addEncodingOption(command, encoding_);
     }
 
     int run() override {
         interpreter_.emplace();
+        selector_ = Travik::BlockSelector(patterns_);
+        startPager();
         return forEachImage(paths_, [this](const Image& image) { return dump(image); });
     }
 
 private:
     std::vector<std::string> paths_;
-    std::string selector_;
+    std::vector<std::string> patterns_;
+    Travik::BlockSelector selector_;
     Encoding encoding_ = Encoding::Automatic;
     unsigned int counted_ = 0;
     // Made when blocks are printed: it holds a prototype of every class.
@@ -36,13 +39,11 @@ private:
     int dump(const Image& image) {
         const Travik::ModuleImage module(image.bytes);
         int status = AllWell;
-        bool found = false;
         counted_ = 0;
         for (const Travik::ImageBlock& block : module.blocks()) {
             const std::unique_ptr<Travik::HwDatablock> made = make(block);
-            if (!selector_.empty() && !isSelected(block, selector_))
+            if (!selector_.selects(block))
                 continue;
-            found = true;
             const std::vector<Travik::ImageFinding> findings = module.findings(block);
             // A count beyond what the record holds makes a long text of zeros, of which one should know before it
             // comes.
@@ -55,9 +56,7 @@ private:
             print(*made, text);
             status = std::max(status, reportForTexts(image, findings));
         }
-        if (module.blocks().empty() || (!selector_.empty() && !found))
-            status = reportMissing(image, module, selector_);
-        return status;
+        return std::max(status, reportMisses(image, module, selector_));
     }
 
     /// The tables of the IQ modulator's operating states print how many of them were made in the process. Here that

@@ -45,17 +45,17 @@ private:
 
     /// The first of the selected blocks; what is wrong with their number is reported.
     const Travik::ImageBlock* find(const Image& image, const Travik::ModuleImage& module) {
+        const Travik::BlockSelector selector({selector_});
         const Travik::ImageBlock* first = nullptr;
         for (const Travik::ImageBlock& block : module.blocks()) {
-            if (!isSelected(block, selector_))
+            if (!selector.selects(block))
                 continue;
             if (++found_ == 1)
                 first = &block;
             else
                 reportProblem(image, block.offset, block.id, "one more of this block, not exported");
         }
-        if (!first)
-            reportMissing(image, module, selector_);
+        reportMisses(image, module, selector);
         return first;
     }
 };

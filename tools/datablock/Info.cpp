@@ -1,5 +1,6 @@
 #include "InfoJson.h"
-#include "Tool.h"
+#include "Jobs.h"
+#include "Terminal.h"
 
 #include <iostream>
 
@@ -12,32 +13,41 @@ public:
     explicit Info(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("info", "Who a module is, its last service and how worn it is");
         addImagesOption(command, paths_);
+        addJobsOption(command, jobs_);
         command.footer("A counter that differs from its backup is marked; that alone makes no exit status of 1.");
         command.add_flag("--json", asJson_, "Write one JSON array, an object for each image");
     }
 
     int run() override {
+        if (!asJson_)
+            startPager();
+        std::vector<Json> objects(paths_.size());
+        const auto inform = [&](const Image& image, std::size_t place) { return info(image, objects[place]); };
+        const int status = forEachImage(paths_, jobs_, inform, "\n");
+        if (!asJson_)
+            return status;
         Json document = Json::array();
-        const int status = forEachImage(paths_, [&](const Image& image) { return info(image, document); });
-        if (asJson_)
-            std::cout << toText(document);
+        for (Json& object : objects) {
+            if (!object.is_null())
+                document.push_back(std::move(object));
+        }
+        std::cout << toText(document);
         return std::cout ? status : CallFailed;
     }
 
 private:
     std::vector<std::string> paths_;
     bool asJson_ = false;
-    bool isFirst_ = true;
+    unsigned int jobs_ = 1;
 
-    int info(const Image& image, Json& document) {
+    int info(const Image& image, Json& object) const {
         const Travik::ModuleInfo info = Travik::moduleInfo(Travik::ModuleImage(image.bytes));
         if (asJson_) {
-            document.push_back(toJson(image.name, info));
+            object = toJson(image.name, info);
         } else {
             if (paths_.size() > 1)
-                std::cout << (isFirst_ ? "" : "\n") << InLine{image.name} << ":\n";
-            Travik::printModuleInfo(info, std::cout);
-            isFirst_ = false;
+                out() << InLine{image.name} << ":\n";
+            Travik::printModuleInfo(info, out());
         }
         return reportProblems(image, info.problems);
     }

@@ -1,10 +1,10 @@
-#include "Tool.h"
+#include "Jobs.h"
+#include "Terminal.h"
 
 #include <travik/tables/SecondEdition.h>
 
 #include <array>
 #include <iomanip>
-#include <iostream>
 #include <sstream>
 
 namespace Tool {
@@ -22,19 +22,22 @@ public:
     explicit List(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("list", "List the blocks of an image with their checksums' state");
         addImagesOption(command, paths_);
+        addJobsOption(command, jobs_);
     }
 
     int run() override {
-        return forEachImage(paths_, [this](const Image& image) { return list(image); });
+        startPager();
+        return forEachImage(paths_, jobs_, [this](const Image& image, std::size_t) { return list(image); });
     }
 
 private:
     std::vector<std::string> paths_;
+    unsigned int jobs_ = 1;
 
     int list(const Image& image) const {
         const Travik::ModuleImage module(image.bytes);
         if (paths_.size() > 1)
-            std::cout << InLine{image.name} << ":\n";
+            out() << InLine{image.name} << ":\n";
         // Twice through the blocks: a million of them make a table that no memory needs to hold.
         Widths widths{};
         widen(widths, heading);
@@ -43,9 +46,9 @@ private:
         write(widths, heading);
         for (const Travik::ImageBlock& block : module.blocks())
             write(widths, cells(block));
-        std::cout << module.blocks().size() << (module.blocks().size() == 1 ? " block, " : " blocks, ") << module.end()
-                  << " of " << image.bytes.size() << " bytes\n";
-        if (!std::cout)
+        out() << module.blocks().size() << (module.blocks().size() == 1 ? " block, " : " blocks, ") << module.end()
+              << " of " << image.bytes.size() << " bytes\n";
+        if (!out())
             return CallFailed;
         return reportFindings(image, module, true);
     }
@@ -93,8 +96,8 @@ private:
     static void write(const Widths& widths, const Cells& row) {
         for (std::size_t i = 0; i < row.size(); ++i) {
             const bool last = i + 1 == row.size();
-            std::cout << (isNumber[i] ? std::right : std::left) << std::setw(last ? 0 : static_cast<int>(widths[i]))
-                      << row[i] << (last ? "\n" : "  ");
+            out() << (isNumber[i] ? std::right : std::left) << std::setw(last ? 0 : static_cast<int>(widths[i]))
+                  << row[i] << (last ? "\n" : "  ");
         }
     }
 };

@@ -44,6 +44,12 @@ public:
 
     bool isTerminal() const { return isTerminal_; }
 
+    /// What is written from now on is safe for a terminal already.
+    void passAll() {
+        drain(true);
+        passesAll_ = true;
+    }
+
     /// What the bytes stand for that are written from now on.
     void setCharset(TextCharset charset) {
         if (isTerminal_ && charset != charset_)
@@ -54,6 +60,7 @@ public:
 private:
     int descriptor_;
     bool isTerminal_;
+    bool passesAll_ = false;
     TextCharset charset_ = TextCharset::Utf8;
     std::size_t used_ = 0;
     std::array<char, 65536> buffer_;
@@ -89,7 +96,7 @@ private:
     /// Writes what was collected; unless it is all that will come, a character that is not whole yet stays.
     void drain(bool isAll) {
         const std::string_view collected(buffer_.data(), used_);
-        const bool mayBeCut = isTerminal_ && charset_ == TextCharset::Utf8 && !isAll;
+        const bool mayBeCut = isTerminal_ && !passesAll_ && charset_ == TextCharset::Utf8 && !isAll;
         const std::size_t whole = mayBeCut ? Travik::wholeUtf8(collected) : used_;
         write(collected.substr(0, whole));
         std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(whole),
@@ -98,7 +105,7 @@ private:
     }
 
     void write(std::string_view bytes) const {
-        if (!isTerminal_) {
+        if (!isTerminal_ || passesAll_) {
             writeOut(bytes);
             return;
         }
@@ -167,9 +174,24 @@ StandardStreams::~StandardStreams() {
     std::cerr.rdbuf(err_);
 }
 
+void passSafeText() { standardOutput().passAll(); }
+
+namespace {
+
+int goesToTerminal() {
+    static const int mark = std::ios_base::xalloc();
+    return mark;
+}
+
+} // namespace
+
+CollectingStream::CollectingStream(int descriptor) {
+    iword(goesToTerminal()) = (descriptor == STDOUT_FILENO ? standardOutput() : standardError()).isTerminal() ? 1 : 0;
+}
+
 std::ostream& operator<<(std::ostream& os, InLine name) {
     const auto* const channel = dynamic_cast<const Channel*>(os.rdbuf());
-    if (channel && channel->isTerminal())
+    if ((channel && channel->isTerminal()) || os.iword(goesToTerminal()) != 0)
         return os << Travik::terminalText(name.text, TextCharset::Utf8, TextLines::One);
     return os << name.text;
 }

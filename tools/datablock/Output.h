@@ -3,6 +3,7 @@
 #include <travik/service/TerminalText.h>
 
 #include <ostream>
+#include <sstream>
 #include <streambuf>
 #include <string>
 #include <string_view>
@@ -30,6 +31,17 @@ public:
 private:
     std::streambuf* out_;
     std::streambuf* err_;
+};
+
+/// From here on what is written to standard output is safe for a terminal already, colours included, and passes as it
+/// is.
+void passSafeText();
+
+/// A stream that collects for later what goes to standard output, or to standard error: `InLine` makes names as safe in
+/// it as there.
+class CollectingStream : public std::ostringstream {
+public:
+    explicit CollectingStream(int descriptor);
 };
 
 /// A name or a selector inside a line: a terminal is shown line feeds and tabs by their numbers, too.

@@ -1,3 +1,4 @@
+#include "Terminal.h"
 #include "Tool.h"
 
 #include <travik/tables/SecondEdition.h>
@@ -16,6 +17,7 @@ public:
     }
 
     int run() override {
+        startPager();
         return forEachImage(paths_, [this](const Image& image) { return summarize(image); });
     }
 

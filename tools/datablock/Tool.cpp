@@ -1,5 +1,7 @@
 #include "Tool.h"
 
+#include "Jobs.h"
+
 #include <travik/service/ImageFile.h>
 
 #include <unistd.h>
@@ -15,7 +17,7 @@ namespace Tool {
 namespace {
 
 void fail(const std::string& name, const std::string& why) {
-    std::cerr << "datablock: " << InLine{name} << ": " << why << '\n';
+    err() << "datablock: " << InLine{name} << ": " << why << '\n';
 }
 
 } // namespace
@@ -35,10 +37,10 @@ void report(const Image& image, std::size_t offset, std::optional<unsigned short
             std::string_view text) {
     std::array<char, 16> hex;
     const char* const end = std::to_chars(hex.data(), hex.data() + hex.size(), offset, 16).ptr;
-    std::cerr << InLine{image.name} << ": offset " << offset << " (0x" << std::string_view(hex.data(), end) << ')';
+    err() << InLine{image.name} << ": offset " << offset << " (0x" << std::string_view(hex.data(), end) << ')';
     if (id)
-        std::cerr << ", block " << *id;
-    std::cerr << ": " << mark << text << '\n';
+        err() << ", block " << *id;
+    err() << ": " << mark << text << '\n';
 }
 
 bool isDamage(const Travik::ImageFinding& finding) { return finding.grade() == Travik::Grade::Damage; }
@@ -80,18 +82,6 @@ int reportForTexts(const Image& image, const std::vector<Travik::ImageFinding>& 
     return reportProblems(image, told);
 }
 
-int reportMissing(const Image& image, const Travik::ModuleImage& module, const std::string& selector) {
-    if (module.blocks().empty())
-        reportFindings(image, module, false);
-    else
-        std::cerr << InLine{image.name} << ": no block " << InLine{selector} << '\n';
-    return DataWrong;
-}
-
-bool isSelected(const Travik::ImageBlock& block, const std::string& selector) {
-    return selector == std::to_string(block.id) || selector == Travik::keyOf(block);
-}
-
 void addImagesOption(CLI::App& command, std::vector<std::string>& paths) {
     const auto take = [&paths](const CLI::results_t& names) {
         paths = names;
@@ -105,6 +95,23 @@ void addImagesOption(CLI::App& command, std::vector<std::string>& paths) {
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->required();
+}
+
+void addBlockOption(CLI::App& command, std::vector<std::string>& patterns) {
+    command
+        .add_option("--block", patterns,
+                    "Only the blocks of this identifier or key name, which may be a glob (\"RFBO_*\"); may be repeated")
+        ->type_name("ID|KEY")
+        ->allow_extra_args(false);
+}
+
+int reportMisses(const Image& image, const Travik::ModuleImage& module, const Travik::BlockSelector& selector) {
+    if (module.blocks().empty())
+        return reportFindings(image, module, false);
+    const std::vector<std::string> misses = selector.misses(module);
+    for (const std::string& miss : misses)
+        err() << InLine{image.name} << ": " << InLine{miss} << '\n';
+    return misses.empty() ? AllWell : DataWrong;
 }
 
 void addEncodingOption(CLI::App& command, Encoding& encoding) {

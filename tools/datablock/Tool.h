@@ -3,6 +3,7 @@
 #include "Output.h"
 
 #include <travik/registry/ModuleImage.h>
+#include <travik/service/BlockSelector.h>
 #include <travik/service/Values.h>
 
 #include <CLI/CLI.hpp>
@@ -50,6 +51,7 @@ std::unique_ptr<Command> exportCommand(CLI::App& app);
 std::unique_ptr<Command> importCommand(CLI::App& app);
 std::unique_ptr<Command> buildCommand(CLI::App& app);
 std::unique_ptr<Command> summaryCommand(CLI::App& app);
+std::unique_ptr<Command> showCommand(CLI::App& app);
 
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.
 std::optional<Image> readImage(const std::string& path);
@@ -76,11 +78,12 @@ int reportProblems(const Image& image, const std::vector<Travik::ImageFinding>& 
 int reportFindings(const Image& image, const Travik::ModuleImage& module, bool notes);
 /// The same, and where a block has no text because its identifier is not known.
 int reportForTexts(const Image& image, const std::vector<Travik::ImageFinding>& findings);
-/// Says that a block is not in the image, unless there is none at all, which is said instead.
-int reportMissing(const Image& image, const Travik::ModuleImage& module, const std::string& selector);
 
-/// Selects blocks by identifier (a number) or by key name.
-bool isSelected(const Travik::ImageBlock& block, const std::string& selector);
+/// Declares "--block" of a command that takes any number of them.
+void addBlockOption(CLI::App& command, std::vector<std::string>& patterns);
+/// One line for each pattern that selects no block of the image, with what may have been meant, or one that there is no
+/// block at all; the status that they make.
+int reportMisses(const Image& image, const Travik::ModuleImage& module, const Travik::BlockSelector& selector);
 
 /// Declares the images that a command takes, one or more. Every name is a file's, whatever it looks like; behind "--"
 /// one that begins with "-" is, too.

@@ -1,3 +1,4 @@
+#include "Terminal.h"
 #include "Tool.h"
 
 #include <algorithm>
@@ -14,9 +15,12 @@ int runTool(int argc, char** argv) {
     app.footer("Exit status: 0 all well, 1 something is wrong in the data (a line each on standard error),\n"
                "2 the call or a file could not be used.");
 
+    app.fallthrough(); // these may stand behind the command as well
+    Tool::addTerminalOptions(app);
+
     std::vector<std::unique_ptr<Tool::Command>> commands;
     for (const auto& declare :
-         {Tool::dumpCommand, Tool::showCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
+         {Tool::showCommand, Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
           Tool::verifyCommand, Tool::describeCommand, Tool::exportCommand, Tool::importCommand, Tool::buildCommand})
         commands.push_back(declare(app));
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
@@ -43,10 +47,13 @@ int main(int argc, char** argv) {
     std::set_new_handler(Tool::endOutOfMemory);
     const Tool::StandardStreams streams;
     try {
-        return runTool(argc, argv);
+        const int status = runTool(argc, argv);
+        Tool::endPager();
+        return status;
     } catch (const std::bad_alloc&) {
         Tool::endOutOfMemory(); // from an allocation that asks no handler
     } catch (const std::exception& error) {
+        Tool::endPager();
         std::cerr << "datablock: " << error.what() << '\n';
         return Tool::CallFailed;
     }

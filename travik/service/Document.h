@@ -22,26 +22,13 @@ struct DocumentFilter {
     std::function<bool(std::string_view)> field;
 };
 
-/// Writes the document of several images, one after the other.
-class TRAVIK_SERVICE_EXPORT DocumentWriter {
-public:
-    DocumentWriter();
-    DocumentWriter(const DocumentWriter&) = delete;
-    DocumentWriter& operator=(const DocumentWriter&) = delete;
-    ~DocumentWriter();
+/// One image as an object of a document. `image` is that of the `bytes`. What is no UTF-8 in the name is replaced.
+/// Never fails.
+TRAVIK_SERVICE_EXPORT std::string jsonObject(std::string_view name, std::span<const char> bytes,
+                                             const ModuleImage& image, const DocumentFilter& filter = {});
 
-    /// Appends an image. `image` is that of the `bytes`. What is no UTF-8 in the name is replaced. Never fails.
-    /// Returns how many blocks of the image went into the document.
-    std::size_t add(std::string_view name, std::span<const char> bytes, const ModuleImage& image,
-                    const DocumentFilter& filter = {});
-
-    /// The whole document, an array with an object for each image; the writer is empty again.
-    std::string finish();
-
-private:
-    struct State;
-    std::unique_ptr<State> state_;
-};
+/// The whole document, an array of the objects in their order. Empty ones are left out.
+TRAVIK_SERVICE_EXPORT std::string jsonDocument(std::span<const std::string> objects);
 
 /// How a document is read.
 struct BuildOptions {

@@ -49,7 +49,7 @@ unsigned int decimalsOf(const Field& field) {
     if (field.zero != 0 || field.width > 4)
         return 0;
     const double step = std::abs(field.scale);
-    return step == 1e-1 ? 1 : step == 1e-2 ? 2 : step == 1e-3 ? 3 : step == 1e-4 ? 4 : 0;
+    return step == 1e-1 ? 1 : step == 1e-2 ? 2 : step == 1e-3 ? 3 : 0;
 }
 
 /// One field of a block's bytes, as far as they go. Notes the elements that do not come back from what is written.
@@ -253,12 +253,10 @@ std::optional<bool> checksumState(const ImageBlock& block) {
     return block.checksumChecked && block.id != endBlockId ? std::optional(block.checksumHolds) : std::nullopt;
 }
 
-} // namespace
-
-struct DocumentWriter::State {
+/// Writes one image.
+struct ImageText {
     JsonText out;
     ClassLayouts layouts;
-    bool isFirstImage = true;
 
     void key(std::string_view name) {
         out.raw('"');
@@ -291,7 +289,7 @@ struct DocumentWriter::State {
     void problems(const ModuleImage& image);
 };
 
-void DocumentWriter::State::header(const ImageBlock& block) {
+void ImageText::header(const ImageBlock& block) {
     const auto text = [this](std::string_view name, std::string_view value) {
         out.raw(", ");
         key(name);
@@ -337,7 +335,7 @@ void DocumentWriter::State::header(const ImageBlock& block) {
 }
 
 // Which elements do not come back.
-std::vector<Range> DocumentWriter::State::fieldTexts(const ImageBlock& block, std::span<const Field* const> fields) {
+std::vector<Range> ImageText::fieldTexts(const ImageBlock& block, std::span<const Field* const> fields) {
     std::vector<Range> lost;
     out.raw(",\n     ");
     key("fields");
@@ -354,8 +352,8 @@ std::vector<Range> DocumentWriter::State::fieldTexts(const ImageBlock& block, st
     return lost;
 }
 
-void DocumentWriter::State::blockText(const ImageBlock& block, std::span<const Field* const> fields,
-                                      const std::vector<unsigned char>* covered) {
+void ImageText::blockText(const ImageBlock& block, std::span<const Field* const> fields,
+                          const std::vector<unsigned char>* covered) {
     out.raw("\n    {");
     header(block);
     std::vector<Range> lost = fieldTexts(block, fields);
@@ -408,7 +406,7 @@ void DocumentWriter::State::blockText(const ImageBlock& block, std::span<const F
     out.raw('}');
 }
 
-void DocumentWriter::State::problems(const ModuleImage& image) {
+void ImageText::problems(const ModuleImage& image) {
     out.raw(",\n   ");
     key("problems");
     out.raw('[');
@@ -432,7 +430,7 @@ void DocumentWriter::State::problems(const ModuleImage& image) {
     out.raw(']');
 }
 
-void DocumentWriter::State::rest(std::span<const char> bytes) {
+void ImageText::rest(std::span<const char> bytes) {
     out.raw(",\n   ");
     key("rest");
     out.raw('[');
@@ -440,16 +438,13 @@ void DocumentWriter::State::rest(std::span<const char> bytes) {
     out.raw(']');
 }
 
-DocumentWriter::DocumentWriter() : state_(std::make_unique<State>()) {}
+} // namespace
 
-DocumentWriter::~DocumentWriter() = default;
-
-std::size_t DocumentWriter::add(std::string_view name, std::span<const char> bytes, const ModuleImage& image,
-                                const DocumentFilter& filter) {
-    State& state = *state_;
+std::string jsonObject(std::string_view name, std::span<const char> bytes, const ModuleImage& image,
+                       const DocumentFilter& filter) {
+    ImageText state;
     JsonText& out = state.out;
-    out.raw(state.isFirstImage ? "[\n  {" : ",\n  {");
-    state.isFirstImage = false;
+    out.raw('{');
     state.key("image");
     out.string(name);
     out.raw(", ");
@@ -459,7 +454,7 @@ std::size_t DocumentWriter::add(std::string_view name, std::span<const char> byt
     state.key("blocks");
     out.raw('[');
     const bool isPartial = filter.block || filter.field;
-    std::size_t written = 0;
+    bool isFirst = true;
     std::vector<const Field*> fields;
     for (const ImageBlock& block : image.blocks()) {
         if (filter.block && !filter.block(block))
@@ -489,10 +484,10 @@ std::size_t DocumentWriter::add(std::string_view name, std::span<const char> byt
             made = coveredBits(all, block.id, block.bytes.size());
             covered = &made;
         }
-        if (written > 0)
+        if (!isFirst)
             out.raw(',');
+        isFirst = false;
         state.blockText(block, fields, filter.field ? nullptr : covered);
-        ++written;
     }
     out.raw(']');
     state.problems(image);
@@ -504,13 +499,16 @@ std::size_t DocumentWriter::add(std::string_view name, std::span<const char> byt
         state.rest(bytes.subspan(image.end()));
     }
     out.raw('}');
-    return written;
+    return out.take();
 }
 
-std::string DocumentWriter::finish() {
-    state_->out.raw(state_->isFirstImage ? "[]\n" : "\n]\n");
-    state_->isFirstImage = true;
-    return state_->out.take();
+std::string jsonDocument(std::span<const std::string> objects) {
+    std::string text;
+    for (const std::string& object : objects) {
+        if (!object.empty())
+            text.append(text.empty() ? "[\n  " : ",\n  ").append(object);
+    }
+    return text.empty() ? "[]\n" : text + "\n]\n";
 }
 
 } // namespace Travik

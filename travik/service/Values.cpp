@@ -66,6 +66,7 @@ std::shared_ptr<const Axis> readAxis(std::span<const char> image, int block, std
     axis->block = block;
     axis->name = field.name;
     axis->unit = field.unit;
+    axis->format = NumberFormat(field);
     if (field.rank == 2 && field.dimensions[1].extent > 1 && rows == field.dimensions[0].name && !all.isText()) {
         const unsigned int columns = field.dimensions[1].extent;
         for (unsigned int row = 0; row < field.dimensions[0].extent; ++row) {

@@ -2,6 +2,7 @@
 
 #include <travik/registry/ModuleImage.h>
 #include <travik/service/Export.h>
+#include <travik/service/NumberFormat.h>
 
 #include <map>
 #include <memory>
@@ -21,6 +22,7 @@ struct TRAVIK_SERVICE_EXPORT Axis {
     int block = 0;                  ///< identifier of the block that holds it
     std::string name;               ///< of its field
     std::string unit;               ///< "" where there is none
+    NumberFormat format;            ///< how its numbers are written
     std::vector<double> values;     ///< physical, those in use; empty for texts
     std::vector<std::string> texts; ///< UTF-8, those in use; empty for numbers
     /// Where the labels depend on the index of the array's first dimension (each filter has frequencies of its own):
