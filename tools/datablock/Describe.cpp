@@ -4,7 +4,9 @@
 #include <travik/service/Describe.h>
 #include <travik/service/KaitaiFormat.h>
 
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 
 namespace Tool {
 
@@ -94,8 +96,8 @@ private:
                 ids.push_back(id);
         }
         std::vector<Travik::BlockForm> asked;
-        for (const int id : ids)
-            asked.push_back(Travik::BlockForms::of(id));
+        asked.reserve(ids.size());
+        std::ranges::transform(ids, std::back_inserter(asked), Travik::BlockForms::of);
         return asked;
     }
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <cctype>
 #include <map>
+#include <set>
 
 namespace Travik {
 
@@ -456,13 +457,12 @@ std::string elementTypes() {
     for (std::size_t code = 0; code < elements.size(); ++code) {
         const Element& element = elements.at(code);
         const std::string name(element.name);
-        codes += "    " + std::to_string(code) + ": " + name + '\n';
+        codes.append("    ").append(std::to_string(code)).append(": ").append(name).append("\n");
         if (code == 0)
             continue;
-        cases += "            element_type::" + name + ": " + name + "_value\n";
-        types += "  " + name +
-                 "_value:\n    seq:\n      - id: value\n        type: " + std::string(kaitaiType(element.stored)) +
-                 '\n';
+        cases.append("            element_type::").append(name).append(": ").append(name).append("_value\n");
+        types.append("  ").append(name).append("_value:\n    seq:\n      - id: value\n        type: ");
+        types.append(kaitaiType(element.stored)).append("\n");
         if (element.characters > 0)
             types += "        size: " + std::to_string(element.characters) + "\n        terminator: 0\n";
         if (element.scale != 1.0)
