@@ -304,6 +304,9 @@ TEST(Show, IsSafeForATerminal) {
 TEST(Show, MarksWhatABlockIsTooShortFor) {
     EXPECT_EQ(Shown(block(300, "")).text("300"), "STATISTICS_300  300  HwDatablockStatistic  8 bytes at 0\n"
                                                  "  operating_hours  -\n");
+    EXPECT_THAT(Shown(block(12310, "")).text("12310"),
+                testing::EndsWith("\n  rows     -\n  columns  -\n\n  values  none in use\n"));
+    EXPECT_EQ(Shown(block(12310, "")).csv("12310"), "row\r\n");
     std::vector<char> wrong = block(300, std::string(4, '\1'));
     wrong[4] = static_cast<char>(wrong[4] + 1);
     ShowOptions coloured;

@@ -35,7 +35,7 @@ struct TRAVIK_SERVICE_EXPORT BlockTable {
     const ValueDimension* rowDimension = nullptr;
     /// Along which the columns of a field stand; null where each column is a field.
     const ValueDimension* columnDimension = nullptr;
-    std::vector<TableColumn> columns;
+    std::vector<TableColumn> columns; ///< none where the column dimension has no entry in use
 
     bool hasRowAxis() const { return rowDimension->axis != nullptr; }
     bool hasColumnAxis() const { return columnDimension && columnDimension->axis; }

@@ -85,6 +85,10 @@ public:
         if (hasLines_)
             text_ += '\n';
         hasLines_ = true;
+        if (table.rows == 0 || table.columns.empty()) {
+            tableHeading(table, {}, true);
+            return;
+        }
         const bool isList = table.columns.size() == 1 && !table.hasRowAxis() && !table.hasColumnAxis();
         const FieldValues& first = *table.columns.front().values;
         if (isList && isBytes(first)) {
@@ -99,7 +103,7 @@ public:
             for (std::string& cell : cells.cells)
                 cell = isReadable && cell != cutOff ? withReadableUnit(cell, first.field->unit) : cell;
             appendList(text_, std::move(cells), 2 * indent, options_.width);
-        } else if (table.rows > 0) {
+        } else {
             grid(table, unit);
         }
     }
@@ -199,7 +203,7 @@ private:
             parts.push_back("by " + rows);
         if (!columns.empty() && table.columns.size() > 1)
             parts.push_back("and " + columns);
-        if (table.rows == 0)
+        if (table.rows == 0 || table.columns.empty())
             parts.emplace_back("none in use");
         wrapped(parts, indent);
     }
