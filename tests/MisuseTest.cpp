@@ -100,7 +100,7 @@ TEST(Misuse, ImagesThatDoNotStay) {
     const ModuleImage whole(bytes);
     const std::vector<ImageFinding> problems = ModuleImage({}).problems(whole.blocks().back());
     ASSERT_EQ(problems.size(), 1U) << "of a block of another image";
-    EXPECT_EQ(problems.front().text, "size word 0");
+    EXPECT_THAT(problems.front().text, testing::StartsWith("size word 0"));
 }
 
 } // namespace

@@ -298,7 +298,7 @@ TEST(Show, IsSafeForATerminal) {
     std::string model(32, '\0');
     const std::string evil = "a\x1b[31m\x9b\n\xE4";
     model.replace(0, evil.size(), evil);
-    EXPECT_THAT(Shown(block(12001, model)).text("12001"), testing::EndsWith("  a\\x1b[31m\\x9b\\x0a\xC3\xA4\n"));
+    EXPECT_THAT(Shown(block(12001, model)).text("12001"), testing::EndsWith("  a\\x1b[31m\\u009b\\x0a\xC3\xA4\n"));
 }
 
 TEST(Show, MarksWhatABlockIsTooShortFor) {

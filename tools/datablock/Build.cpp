@@ -33,7 +33,7 @@ public:
             std::cerr << InLine{document->name} << ": " << built.error << '\n';
             return DataWrong;
         }
-        return reportWriting(outputPath_, Travik::writeImageFile(outputPath_, built.bytes)) ? AllWell : CallFailed;
+        return reportWriting(outputPath_, writeImage(outputPath_, built.bytes)) ? AllWell : CallFailed;
     }
 
 private:

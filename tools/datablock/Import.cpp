@@ -61,7 +61,7 @@ public:
             edit->bytes() = image->bytes;
             report = edit->commit({.backup = backup_});
         } else {
-            report = Travik::writeImageFile(target, image->bytes, {.backup = backup_});
+            report = writeImage(target, image->bytes, {.backup = backup_});
         }
         if (!reportWriting(target, report))
             return CallFailed;

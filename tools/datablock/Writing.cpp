@@ -2,6 +2,8 @@
 
 #include "Output.h"
 
+#include <unistd.h>
+
 #include <iostream>
 
 namespace Tool {
@@ -25,6 +27,13 @@ void addBackupOption(CLI::App& command, std::optional<std::string>& backup) {
                   "Keep the file that is replaced, as FILE or as its own name and ~, ~2 ...; no file is overwritten")
         ->option_text("[=FILE]");
     command.formatter(std::make_shared<WithoutDefaults>());
+}
+
+Travik::WriteReport writeImage(const std::string& path, std::span<const char> bytes,
+                               const Travik::WriteOptions& options) {
+    if (path == "-" && ::isatty(STDOUT_FILENO) == 1)
+        return {.error = "is a terminal, which no image is written to", .warnings = {}, .backup = {}};
+    return Travik::writeImageFile(path, bytes, options);
 }
 
 bool reportWriting(const std::string& path, const Travik::WriteReport& report) {

@@ -126,8 +126,11 @@ void ModuleImage::visitNotes(const ImageBlock& block, const Visitor& visitor) co
         const auto capacity = field.role == Role::Count ? capacityOf(block, fields, field) : std::nullopt;
         const unsigned int counts = capacity ? field.elements() : 0;
         for (unsigned int i = 0; i < counts; ++i) {
-            const double count = fieldValue(block.bytes, field, {&i, field.rank > 0 ? 1U : 0U});
-            if (count >= 0 && count <= *capacity)
+            double count = fieldValue(block.bytes, field, {&i, field.rank > 0 ? 1U : 0U});
+            // The texts show every count as one without a sign.
+            if (count < 0)
+                count += std::ldexp(1.0, static_cast<int>(8 * field.width));
+            if (count <= *capacity)
                 continue;
             const std::string text = std::string(field.name) + ' ' + std::to_string(std::llround(count)) + " of " +
                                      std::to_string(*capacity);
