@@ -39,15 +39,31 @@ inline Field elementOf(const Field& field, std::size_t offset = 0) {
     return element;
 }
 
+/// How many entries of a dimension, from `offset` on, have at least their first element wholly inside `size` bytes.
+inline unsigned int entriesInside(const Field& field, const Dimension& along, std::size_t offset, std::size_t size) {
+    if (!bytes::inside(size, offset, field.width))
+        return 0;
+    const std::size_t room = size - offset - field.width;
+    return along.stride == 0 ? along.extent
+                             : static_cast<unsigned int>(std::min<std::size_t>(along.extent, room / along.stride + 1));
+}
+
 /// Calls the function with the offset of every element that lies wholly inside `size` bytes, in the order of the list.
+/// What the bytes do not reach costs nothing.
 template <class Function>
 void forEachElementInside(const Field& field, std::size_t size, Function function) {
-    const unsigned int count = field.elements();
-    for (unsigned int i = 0; i < count; ++i) {
-        const std::size_t offset = field.elementOffset(i);
-        if (bytes::inside(size, offset, field.width))
-            function(offset);
-    }
+    const auto visit = [&](const auto& self, unsigned int dimension, std::size_t offset) -> void {
+        if (dimension == field.rank) {
+            if (bytes::inside(size, offset, field.width))
+                function(offset);
+            return;
+        }
+        const Dimension& along = field.dimensions[dimension];
+        const unsigned int count = entriesInside(field, along, offset, size);
+        for (unsigned int i = 0; i < count; ++i)
+            self(self, dimension + 1, offset + std::size_t{i} * along.stride);
+    };
+    visit(visit, 0, field.offset);
 }
 
 /// The layouts of classes, each made once.

@@ -231,7 +231,10 @@ private:
         if (field_.stored == Stored::I64 && isPlainInteger(field_) && value.kind() != JsonValue::Kind::Real) {
             if (value.kind() == JsonValue::Kind::Natural && value.natural() >> 63U != 0)
                 return StoreOutcome::OutOfRange;
-            bytes::store(block_, offset, value.natural()); // the bits of a negative one are the same
+            if (value.kind() == JsonValue::Kind::Natural)
+                bytes::store(block_, offset, value.natural());
+            else
+                bytes::store(block_, offset, value.integer());
             return StoreOutcome::Exact;
         }
         return storeValue(block_, element_, 0, value.number());

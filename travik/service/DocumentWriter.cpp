@@ -74,7 +74,7 @@ private:
             return;
         }
         const Dimension& along = field_.dimensions[dimension];
-        const unsigned int count = entriesInside(offset, along);
+        const unsigned int count = entriesInside(field_, along, offset, block_.size());
         out_.raw('[');
         if (dimension + 1U == field_.rank) {
             row(offset, count, along.stride);
@@ -85,16 +85,6 @@ private:
             }
         }
         out_.raw(']');
-    }
-
-    // Those of which at least the first element lies inside the block.
-    unsigned int entriesInside(std::size_t offset, const Dimension& along) const {
-        if (!bytes::inside(block_.size(), offset, field_.width))
-            return 0;
-        const std::size_t room = block_.size() - offset - field_.width;
-        return along.stride == 0
-                   ? along.extent
-                   : static_cast<unsigned int>(std::min<std::size_t>(along.extent, room / along.stride + 1));
     }
 
     template <class Function>

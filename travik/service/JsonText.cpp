@@ -4,12 +4,8 @@
 
 namespace Travik {
 
-namespace {
-
-constexpr unsigned int replacement = 0xFFFD;
-
-// The code point that a text begins with, and the text without it. What is no UTF-8 is replaced byte by byte.
 unsigned int takeCodePoint(std::string_view& text) {
+    constexpr unsigned int replacement = 0xFFFD;
     const auto byte = [&](std::size_t i) {
         return i < text.size() ? static_cast<unsigned int>(static_cast<unsigned char>(text[i])) : 0U;
     };
@@ -33,7 +29,16 @@ unsigned int takeCodePoint(std::string_view& text) {
     return valid ? code : replacement;
 }
 
-} // namespace
+void appendUtf8(std::string& text, unsigned int code) {
+    if (code < 0x80) {
+        text += static_cast<char>(code);
+        return;
+    }
+    const unsigned int trails = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+    text += static_cast<char>((0xFF00U >> (trails + 1)) | (code >> (6 * trails)));
+    for (unsigned int i = trails; i-- > 0;)
+        text += static_cast<char>(0x80U | ((code >> (6 * i)) & 0x3FU));
+}
 
 void JsonText::number(double value) {
     constexpr double wholeBelow = 1e15;
@@ -87,10 +92,9 @@ void JsonText::character(unsigned int code) {
     } else if (code < 0x80) {
         raw(static_cast<char>(code));
     } else {
-        const unsigned int trails = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        raw(static_cast<char>((0xFF00U >> (trails + 1)) | (code >> (6 * trails))));
-        for (unsigned int i = trails; i-- > 0;)
-            raw(static_cast<char>(0x80U | ((code >> (6 * i)) & 0x3FU)));
+        utf8_.clear();
+        appendUtf8(utf8_, code);
+        raw(utf8_);
     }
 }
 

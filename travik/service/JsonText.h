@@ -8,6 +8,11 @@
 
 namespace Travik {
 
+/// Takes the first character off a UTF-8 text. Of what is no UTF-8 it takes one byte, and returns U+FFFD for it.
+unsigned int takeCodePoint(std::string_view& text);
+/// The way back: appends a character.
+void appendUtf8(std::string& text, unsigned int codePoint);
+
 /// JSON written straight into one buffer. Punctuation is the caller's.
 ///
 /// Numbers come in the shortest form that reads back as the same double: in decimals from 1e-4 on to below 1e16, with
@@ -49,6 +54,7 @@ public:
 private:
     std::string text_; // longer than what is used of it
     std::size_t used_ = 0;
+    std::string utf8_; // of one character
 
     void reserve(std::size_t length) {
         if (text_.size() - used_ < length)

@@ -55,13 +55,14 @@ private:
 class JsonTree {
 public:
     /// Empty, or what is wrong with the text and where: that it is no JSON, or an object has two members of one name.
+    /// Strict (RFC 8259), in linear time and without recursion.
     std::string parse(std::string_view text);
 
     JsonValue root() const { return {*this, 0}; }
 
 private:
     friend class JsonValue;
-    friend class JsonTreeBuilder;
+    friend class JsonScanner;
 
     struct Node {
         JsonValue::Kind kind;
