@@ -156,10 +156,10 @@ TEST(ImageFindings, AtTheirPlaces) {
          sealed(image({12310, 56, 0, 0, 11, 0, 0xFFFF, 0xFFFF}) + std::string(40, '\0')) + endBlock,
          {"0 12310 note: count beyond the capacity (rows 11 of 10)",
           "0 12310 note: count beyond the capacity (columns 4294967295 of 1)"}},
-        {"a negative count, and one beyond the rows that are there",
+        {"a count that is negative with a sign, and one beyond the rows that are there",
          sealed(image({12095, 7012, 0, 0, 0xFFFF, 0xFFFF}) + std::string(7000, '\0')) +
              sealed(image({12096, 7012, 0, 0, 8, 0}) + std::string(7000, '\0')) + endBlock,
-         {"0 12095 note: count beyond the capacity (count -1 of 7)",
+         {"0 12095 note: count beyond the capacity (count 4294967295 of 7)",
           "7012 12096 note: count beyond the capacity (count 8 of 7)"}},
     };
     for (const Case& test : cases)
