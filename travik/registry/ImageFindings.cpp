@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
+#include <utility>
 
 namespace Travik {
 
@@ -94,6 +96,31 @@ std::optional<unsigned int> capacityOf(const ImageBlock& block, const FieldList&
     return capacity;
 }
 
+/// Blocks of one identifier: the offsets of the first two, and how many there are.
+struct Repetition {
+    std::size_t first;
+    std::size_t second;
+    std::size_t blocks;
+};
+
+/// In image order of the second blocks.
+std::vector<Repetition> repetitionsIn(const std::vector<ImageBlock>& blocks) {
+    std::vector<unsigned int> order(blocks.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::ranges::sort(order, {}, [&](unsigned int i) { return std::pair(blocks[i].id, i); });
+    std::vector<Repetition> repetitions;
+    for (auto from = order.begin(); from != order.end();) {
+        const auto to =
+            std::find_if(from, order.end(), [&](unsigned int i) { return blocks[i].id != blocks[*from].id; });
+        if (to - from > 1)
+            repetitions.push_back(
+                {blocks[from[0]].offset, blocks[from[1]].offset, static_cast<std::size_t>(to - from)});
+        from = to;
+    }
+    std::ranges::sort(repetitions, {}, &Repetition::second);
+    return repetitions;
+}
+
 } // namespace
 
 std::span<const FindingKind> findingKinds() { return kinds; }
@@ -179,28 +206,19 @@ void ModuleImage::visitEnd(const Visitor& visitor) const {
 void ModuleImage::visitFindings(const Visitor& visitor) const {
     if (!visitor)
         return;
-    struct Seen {
-        std::size_t first = 0;
-        std::size_t blocks = 0;
-        bool isTold = false;
-    };
-    std::vector<Seen> seen(blocks_.empty() ? 0 : std::size_t{0x10000});
-    for (const ImageBlock& block : blocks_) {
-        if (Seen& same = seen[block.id]; same.blocks++ == 0)
-            same.first = block.offset;
-    }
+    const std::vector<Repetition> repetitions = repetitionsIn(blocks_);
+    auto next = repetitions.begin();
 
     visitBegin(visitor);
     for (const ImageBlock& block : blocks_) {
         visitDamage(block, visitor);
         visitNotes(block, visitor);
-        Seen& same = seen[block.id];
-        if (same.blocks < 2 || same.isTold || same.first == block.offset)
+        if (next == repetitions.end() || next->second != block.offset)
             continue;
-        same.isTold = true;
-        visitor({RepeatedIdentifier, block.offset, block.id,
-                 named(RepeatedIdentifier,
-                       std::to_string(same.blocks) + " blocks, the first at offset " + std::to_string(same.first))});
+        const std::string text =
+            std::to_string(next->blocks) + " blocks, the first at offset " + std::to_string(next->first);
+        visitor({RepeatedIdentifier, block.offset, block.id, named(RepeatedIdentifier, text)});
+        ++next;
     }
     visitEnd(visitor);
 }
