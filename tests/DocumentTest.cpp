@@ -211,6 +211,19 @@ TEST(Document, CarriesHostileTexts) {
               std::string::npos);
 }
 
+// The extremes of every stored type, in every class.
+TEST(Document, OfEveryClassComesBack) {
+    for (const CatalogueEntry& entry : catalogue()) {
+        for (const std::string_view pattern : {std::string_view("\0\x80", 2), std::string_view("\xFF\x7F", 2),
+                                               std::string_view("\xFF\xFF", 2), std::string_view("\x80\0\0\0", 4)}) {
+            std::string bytes = Support::bytesOf(*makeBlock(entry.first));
+            for (std::size_t i = sizeof(HwSDatablockHeader); i < bytes.size(); ++i)
+                bytes[i] = pattern[i % pattern.size()];
+            ASSERT_EQ(built(documentOf(bytes)), bytes) << entry.first;
+        }
+    }
+}
+
 TEST(Document, SealsWhatWasChangedAndNothingElse) {
     std::string bytes = textOf(samples().at("rf-board"));
     const ModuleImage image(samples().at("rf-board"));

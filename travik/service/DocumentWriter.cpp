@@ -46,9 +46,9 @@ void withStoredType(Stored stored, Function function) {
 
 // How many decimals the values of an integer field have; 0 where that cannot be said.
 unsigned int decimalsOf(const Field& field) {
-    if (field.zero != 0 || field.width > 4)
+    if (field.zero != 0 || field.width > 4 || field.keepsLowest())
         return 0;
-    const double step = std::abs(field.scale);
+    const double step = field.scale;
     return step == 1e-1 ? 1 : step == 1e-2 ? 2 : step == 1e-3 ? 3 : 0;
 }
 
@@ -115,9 +115,8 @@ private:
             if (isPlainInteger(field_))
                 return each(offset, count, stride, [&](std::size_t at) { out_.whole(load(at)); });
             if (const unsigned int decimals = decimalsOf(field_)) {
-                const long long sign = field_.scale < 0 ? -1 : 1;
                 return each(offset, count, stride,
-                            [&](std::size_t at) { out_.decimal(sign * static_cast<long long>(load(at)), decimals); });
+                            [&](std::size_t at) { out_.decimal(static_cast<long long>(load(at)), decimals); });
             }
         } else if (field_.scale == 1 && field_.zero == 0) {
             return each(offset, count, stride, [&](std::size_t at) {
