@@ -205,8 +205,8 @@ private:
         std::string why = isText ? describeOutcome(storeText(block, field, element, assignment.value), field)
                                  : storeNumber(block, options_.areStored ? plain(field) : field, element,
                                                assignment.value, options_.areStored, isRounded);
-        if (why.empty())
-            why = whyNoCount(block, touched, field, element);
+        if (why.empty() || why.starts_with("out of range"))
+            why = whyNoCount(block, touched, field, element, std::move(why));
         stores_.push_back({&assignment, &touched, &field, element, isRounded, !std::ranges::equal(place, before)});
         return why;
     }
@@ -270,17 +270,20 @@ private:
         return {};
     }
 
+    /// A count takes less than its word; `why` is what the word has to say.
     static std::string whyNoCount(std::span<const char> block, const Touched& touched, const Field& field,
-                                  unsigned int element) {
+                                  unsigned int element, std::string why) {
         const auto capacity =
             field.role == Role::Count ? capacityOf(block, touched.before.layout.fields(), field) : std::nullopt;
         if (!capacity)
-            return {};
+            return why;
         Field one = plain(field);
         one.offset = static_cast<unsigned int>(field.elementOffset(element));
         one.rank = 0;
         const double count = fieldValue(block, one);
-        return count >= 0 && count <= *capacity ? "" : "out of range, takes 0 to " + std::to_string(*capacity);
+        return why.empty() && count >= 0 && count <= *capacity
+                   ? ""
+                   : "out of range, takes 0 to " + std::to_string(*capacity);
     }
 
     static bool isSameField(const Field& left, const Field& right) {

@@ -57,7 +57,7 @@ struct AssignRefusal {
     std::string why;  ///< in one line
 };
 
-struct AssignReport {
+struct TRAVIK_SERVICE_EXPORT AssignReport {
     std::vector<AssignRefusal> refusals;
     std::vector<ValueChange> changes; ///< one for each assignment; empty where anything was refused
     /// Whether a refusal is one of sums that do not hold, which `reseals` would not make.
