@@ -5,6 +5,7 @@
 #include <travik/service/ImageChange.h>
 #include <travik/service/ImageFile.h>
 #include <travik/service/StoreValue.h>
+#include <travik/service/Values.h>
 
 #include <cmath>
 #include <filesystem>
@@ -208,7 +209,7 @@ TEST(ImageChange, ChangesOneElementAndItsSumsAndBack) {
         for (const ImageBlock& block : module.blocks()) {
             const BlockLayout layout(block);
             for (const Field& field : layout.fields()) {
-                const unsigned int element = random() % field.elements();
+                const auto element = static_cast<unsigned int>(random() % field.elements());
                 const std::size_t at = field.elementOffset(element);
                 if (at + field.width > block.bytes.size())
                     continue;
@@ -257,7 +258,8 @@ TEST(Reseal, ChangesSumsOnly) {
         std::vector<char> same = original;
         EXPECT_THAT(resealImage(same).changes, IsEmpty()) << name;
         EXPECT_EQ(same, original) << name;
-        for (const ImageBlock& block : ModuleImage(original).blocks()) {
+        const ModuleImage module(original);
+        for (const ImageBlock& block : module.blocks()) {
             if (block.isEnd())
                 continue;
             std::vector<char> damaged = original;
@@ -266,7 +268,7 @@ TEST(Reseal, ChangesSumsOnly) {
             damaged[block.offset + at] ^= static_cast<char>(1U << random() % 8);
             std::vector<char> image = damaged;
             const ResealReport report = resealImage(image, BlockSelector({std::to_string(block.id)}));
-            EXPECT_FALSE(report.changes.empty()) << name << ' ' << block.offset;
+            EXPECT_EQ(report.changes.empty(), block.bytes.size() >= 0x8000 && at != 4) << name << ' ' << block.offset;
             EXPECT_THAT(checkImage(image), IsEmpty()) << name << ' ' << block.offset << ' ' << at;
             for (std::size_t i = 0; i < image.size(); ++i) {
                 const std::size_t inside = i - block.offset;
