@@ -14,22 +14,18 @@ public:
     explicit Import(CLI::App& app) {
         CLI::App& command = *app.add_subcommand("import", "Read an exported, edited table back into an image");
         command.add_option("text", textPath_, "Exchange text; - is standard input")->required();
-        command.add_option("--into", imagePath_, "Module image that holds the block; - is standard input")
+        command.add_option("--into", update_.image, "Module image that holds the block; - is standard input")
             ->type_name("IMAGE")
             ->required();
-        command.add_option("-o,--output", outputPath_, "Image to write instead of IMAGE; - is standard output")
-            ->type_name("OUT");
         command.add_option("--block", selector_, "Which table of the text; needed where it holds more than one")
             ->type_name("ID|KEY");
         command.add_flag("--force", force_, "Import into a block whose checksum does not hold, and make it hold");
-        command.add_flag("--dry-run", dryRun_, "Write nothing, show what would change, cell by cell");
-        addBackupOption(command, backup_);
+        addUpdateOptions(command, update_, "Write nothing, show what would change, cell by cell");
     }
 
     int run() override {
-        if (imagePath_ == "-" && (textPath_ == "-" || (outputPath_.empty() && !dryRun_)))
-            return refuse(CallFailed, "standard input",
-                          textPath_ == "-" ? "cannot be text and image at once" : "cannot be replaced, use --output");
+        if (update_.image == "-" && textPath_ == "-")
+            return refuse(CallFailed, "standard input", "cannot be text and image at once");
         const std::optional<Image> text = readImage(textPath_);
         if (!text)
             return CallFailed;
@@ -39,47 +35,30 @@ public:
             return choice.isTextWrong ? refuse(DataWrong, text->name, choice.error)
                                       : refuse(CallFailed, selector_, choice.error);
 
-        // An image that is replaced is locked from here on, so that nothing that another import does is lost.
-        const std::string& target = outputPath_.empty() ? imagePath_ : outputPath_;
-        std::optional<Travik::ImageEdit> edit;
-        if (!dryRun_ && (outputPath_.empty() || Travik::isSameFile(imagePath_, outputPath_))) {
-            edit.emplace(target);
-            if (!edit->error().empty())
-                return refuse(CallFailed, "datablock: " + target, edit->error());
-        }
-        std::optional<Image> image = edit ? Image{imagePath_, edit->bytes()} : readImage(imagePath_);
+        ImageUpdate update(update_);
+        Image* const image = update.image();
         if (!image)
             return CallFailed;
         const Travik::TableImport import = Travik::importTable(image->bytes, characters, *choice.format, force_);
         if (!import.succeeded())
             return explain(*text, *image, *choice.format, import);
 
-        Travik::WriteReport report;
-        if (dryRun_) {
+        if (update_.dryRun)
             showChanges(import.reading);
-        } else if (edit) {
-            edit->bytes() = image->bytes;
-            report = edit->commit({.backup = backup_});
-        } else {
-            report = writeImage(target, image->bytes, {.backup = backup_});
-        }
-        if (!reportWriting(target, report))
+        if (!update.commit())
             return CallFailed;
         if (import.wasDamaged)
             reportProblem(*image, import.offset, static_cast<unsigned short>(choice.format->table.id),
                           "its checksum did not hold and was made to");
-        summarise(target == "-" ? image->name : target, *choice.format, import.reading, report);
+        summarise(update, *choice.format, import.reading);
         return reportProblems(*image, Travik::checkImage(image->bytes));
     }
 
 private:
     std::string textPath_;
-    std::string imagePath_;
-    std::string outputPath_;
+    UpdateOptions update_;
     std::string selector_;
-    std::optional<std::string> backup_;
     bool force_ = false;
-    bool dryRun_ = false;
 
     static int refuse(int status, const std::string& name, std::string_view why) {
         std::cerr << InLine{name} << ": " << why << '\n';
@@ -124,16 +103,14 @@ private:
                       << change.after << '\n';
     }
 
-    void summarise(const std::string& target, const Travik::ExchangeFormat& format,
-                   const Travik::ExchangeReading& reading, const Travik::WriteReport& report) const {
+    void summarise(const ImageUpdate& update, const Travik::ExchangeFormat& format,
+                   const Travik::ExchangeReading& reading) const {
         const std::size_t changes = reading.changes.size();
-        std::cerr << InLine{target} << ": " << changes << (changes == 1 ? " value of " : " values of ")
-                  << format.table.key << (dryRun_ ? " would change" : " changed");
+        std::cerr << InLine{update.target()} << ": " << changes << (changes == 1 ? " value of " : " values of ")
+                  << format.table.key << (update_.dryRun ? " would change" : " changed");
         if (reading.before != reading.after)
             std::cerr << ", " << countChange(reading);
-        if (!report.backup.empty())
-            std::cerr << ", the old image is kept as " << InLine{report.backup};
-        std::cerr << '\n';
+        update.endSummary();
     }
 };
 

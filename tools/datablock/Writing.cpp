@@ -44,4 +44,54 @@ bool reportWriting(const std::string& path, const Travik::WriteReport& report) {
     return report.succeeded();
 }
 
+void addUpdateOptions(CLI::App& command, UpdateOptions& options, const std::string& dryRunHelp) {
+    command.add_option("-o,--output", options.output, "Image to write instead of IMAGE; - is standard output")
+        ->type_name("OUT");
+    command.add_flag("--dry-run", options.dryRun, dryRunHelp);
+    addBackupOption(command, options.backup);
+}
+
+ImageUpdate::ImageUpdate(const UpdateOptions& options)
+    : options_(options), path_(options.output.empty() ? options.image : options.output) {
+    const bool isReplaced = options.output.empty() || Travik::isSameFile(options.image, options.output);
+    if (isReplaced && !options.dryRun) {
+        if (options.image == "-") {
+            std::cerr << "standard input: cannot be replaced, use --output\n";
+            return;
+        }
+        edit_.emplace(path_);
+        if (!edit_->error().empty())
+            std::cerr << "datablock: " << InLine{path_} << ": " << edit_->error() << '\n';
+        else
+            image_ = Image{options.image, edit_->bytes()};
+        return;
+    }
+    image_ = readImage(options.image);
+}
+
+bool ImageUpdate::commit() {
+    if (options_.dryRun)
+        return true;
+    if (edit_) {
+        edit_->bytes() = image_->bytes;
+        report_ = edit_->commit({.backup = options_.backup});
+    } else {
+        report_ = writeImage(path_, image_->bytes, {.backup = options_.backup});
+    }
+    return reportWriting(path_, report_);
+}
+
+const std::string& ImageUpdate::target() const { return path_ == "-" ? image_->name : path_; }
+
+void ImageUpdate::endSummary() const {
+    if (!report_.backup.empty())
+        std::cerr << ", the old image is kept as " << InLine{report_.backup};
+    std::cerr << '\n';
+}
+
+void ImageUpdate::tellBackup() const {
+    if (!report_.backup.empty())
+        std::cerr << InLine{target()} << ": the old image is kept as " << InLine{report_.backup} << '\n';
+}
+
 } // namespace Tool

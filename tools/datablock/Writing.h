@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tool.h"
+
 #include <travik/service/ImageWriter.h>
 
 #include <CLI/CLI.hpp>
@@ -20,5 +22,41 @@ Travik::WriteReport writeImage(const std::string& path, std::span<const char> by
 
 /// Writes to standard error what came of writing the file; false where it was not written.
 bool reportWriting(const std::string& path, const Travik::WriteReport& report);
+
+/// What every command that changes an image takes; the image it declares itself.
+struct UpdateOptions {
+    std::string image;  ///< "-" is standard input
+    std::string output; ///< "-" is standard output; empty: the image itself
+    std::optional<std::string> backup;
+    bool dryRun = false;
+};
+/// Declares "--output", "--dry-run" and "--backup".
+void addUpdateOptions(CLI::App& command, UpdateOptions& options, const std::string& dryRunHelp);
+
+/// An image from its reading to its writing, the one way of every command that changes one. One that is replaced is
+/// locked in between, so that nothing that another command does is lost. What fails is told.
+class ImageUpdate {
+public:
+    explicit ImageUpdate(const UpdateOptions& options);
+
+    /// The bytes are there to be changed; null where there are none.
+    Image* image() { return image_ ? &*image_ : nullptr; }
+    /// Writes them, unless it is a dry run; false where that failed.
+    bool commit();
+
+    /// The name of what is written.
+    const std::string& target() const;
+    /// Ends the line of a summary with where the old image is kept.
+    void endSummary() const;
+    /// Tells that in a line of its own, where it is kept.
+    void tellBackup() const;
+
+private:
+    const UpdateOptions& options_;
+    std::string path_; // of what is written
+    std::optional<Travik::ImageEdit> edit_;
+    std::optional<Image> image_;
+    Travik::WriteReport report_;
+};
 
 } // namespace Tool

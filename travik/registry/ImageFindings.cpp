@@ -1,4 +1,5 @@
 #include <travik/datablock/Bytes.h>
+#include <travik/registry/Capacity.h>
 #include <travik/registry/ModuleImage.h>
 
 #include <algorithm>
@@ -76,26 +77,6 @@ std::string textOf(const ImageBlock& block, Finding finding) {
     }
 }
 
-/// The fewest entries of the dimensions that a field counts, as far as they lie in the block; none where it counts
-/// nothing.
-std::optional<unsigned int> capacityOf(const ImageBlock& block, const FieldList& fields, const Field& count) {
-    std::optional<unsigned int> capacity;
-    for (const Field& field : fields) {
-        for (unsigned int i = 0; i < field.rank; ++i) {
-            const Dimension& dimension = field.dimensions[i];
-            if (!dimension.count || std::string_view(dimension.count) != count.name)
-                continue;
-            std::size_t entries = dimension.extent;
-            if (i == 0) { // of a class that comes in more sizes, the rows that this block has
-                const std::size_t rest = bytes::part(block.bytes, field.offset, block.bytes.size()).size();
-                entries = rest < field.width ? 0 : std::min(entries, (rest - field.width) / dimension.stride + 1);
-            }
-            capacity = std::min(capacity.value_or(dimension.extent), static_cast<unsigned int>(entries));
-        }
-    }
-    return capacity;
-}
-
 /// Blocks of one identifier: the offsets of the first two, and how many there are.
 struct Repetition {
     std::size_t first;
@@ -150,7 +131,7 @@ void ModuleImage::visitNotes(const ImageBlock& block, const Visitor& visitor) co
         return;
     const FieldList fields = block.entry->fields(*block.entry, block.id);
     for (const Field& field : fields) {
-        const auto capacity = field.role == Role::Count ? capacityOf(block, fields, field) : std::nullopt;
+        const auto capacity = field.role == Role::Count ? capacityOf(block.bytes, fields, field) : std::nullopt;
         const unsigned int counts = capacity ? field.elements() : 0;
         for (unsigned int i = 0; i < counts; ++i) {
             double count = fieldValue(block.bytes, field, {&i, field.rank > 0 ? 1U : 0U});

@@ -1,0 +1,305 @@
+#include "Support.h"
+
+#include <travik/datablock/Bytes.h>
+#include <travik/registry/Capacity.h>
+#include <travik/service/ImageChange.h>
+#include <travik/service/ImageFile.h>
+#include <travik/service/StoreValue.h>
+#include <travik/service/Values.h>
+
+#include <cmath>
+#include <filesystem>
+
+namespace {
+
+using namespace Travik;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+std::vector<char> sample(const std::string& name) {
+    std::vector<char> bytes;
+    EXPECT_EQ(readImageFile(std::string(TRAVIK_SAMPLES) + "/" + name + ".bin", bytes), "");
+    return bytes;
+}
+
+std::vector<std::string> sampleNames() {
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(TRAVIK_SAMPLES)) {
+        if (file.path().extension() == ".bin")
+            names.push_back(file.path().stem().string());
+    }
+    return names;
+}
+
+AssignReport assign(std::vector<char>& image, const std::vector<std::string>& texts,
+                    const AssignOptions& options = {}) {
+    std::vector<Assignment> assignments;
+    for (const std::string& text : texts) {
+        assignments.push_back(parseAssignment(text));
+        EXPECT_EQ(assignments.back().error, "") << text;
+    }
+    return assignValues(image, assignments, options);
+}
+
+std::string refusalsOf(const AssignReport& report) {
+    std::string all;
+    for (const AssignRefusal& refusal : report.refusals)
+        all += refusal.text + ": " + refusal.why + '\n';
+    return all;
+}
+
+TEST(ImageChange, TakesAssignmentsApart) {
+    const Assignment whole = parseAssignment("RFBO_X@0x1f.values[3][10]= a=b ");
+    EXPECT_EQ(whole.error, "");
+    EXPECT_EQ(whole.name, "RFBO_X@0x1f.values[3][10]");
+    EXPECT_EQ(whole.block, "RFBO_X");
+    EXPECT_EQ(whole.offset, 0x1FU);
+    EXPECT_EQ(whole.field, "values");
+    EXPECT_EQ(whole.indices, (std::vector<unsigned int>{3, 10}));
+    EXPECT_EQ(whole.value, " a=b ");
+    for (const char* const wrong : {"",
+                                    "=",
+                                    "2.date",
+                                    "2=1",
+                                    ".date=1",
+                                    "2.=1",
+                                    "2.[0]=1",
+                                    "2.date[=1",
+                                    "2.date[]=1",
+                                    "2.date[-1]=1",
+                                    "2.date[1=1",
+                                    "2.date[1]]=1",
+                                    "2.date[1]x=1",
+                                    "2.date[ 1]=1",
+                                    "2.date[99999999999]=1",
+                                    "2@.date=1",
+                                    "2@x.date=1",
+                                    "2@-1.date=1",
+                                    "@1.date=1",
+                                    "2@0x.date=1"})
+        EXPECT_NE(parseAssignment(wrong).error, "") << wrong;
+}
+
+/// A board of which every block but the end is there twice.
+std::vector<char> doubled(const std::vector<char>& board) {
+    std::vector<char> image(board.begin(), board.end() - 4);
+    image.insert(image.end(), board.begin(), board.end());
+    return image;
+}
+
+TEST(ImageChange, RefusesWhatCannotBe) {
+    struct Refused {
+        const char* assignment;
+        const char* why;
+        bool areStored = false;
+    };
+    struct Image {
+        std::vector<char> bytes;
+        std::vector<Refused> refused;
+    };
+    std::vector<char> wrong = sample("rf-board");
+    wrong[800] ^= 1; // in block 15706
+    std::vector<char> cut = sample("rf-board");
+    cut.resize(1000); // in the same
+    std::vector<char> shrunk = sample("rf-board");
+    shrunk[684 + 2] ^= 2; // its size word
+    const std::vector<Image> images{
+        {sample("rf-board"),
+         {{"15716.values[0][0]=1e9", "out of range, takes -21474836.48 to 21474836.47"},
+          {"15716.values[0][0]=1e999", "out of range, takes -21474836.48 to 21474836.47"},
+          {"15716.values[0][0]=2147483648", "out of range, takes -2147483648 to 2147483647", true},
+          {"15716.values[0][0]=1.5", "not a whole number", true},
+          {"15716.values[0][0]=nan", "not a finite number, takes"},
+          {"15716.values[0][0]=-inf", "not a finite number, takes"},
+          {"15716.values[0][0]=", "takes a number"},
+          {"15716.values[0][0]=1 ", "takes a number"},
+          {"15716.values[0][0]=1,5", "takes a number"},
+          {"15716.values[0]=1", "takes an index for each of [row of 2][column of 128]"},
+          {"15716.values[2][0]=1", "row 2 is none, takes 0 to 1"},
+          {"15716.values[0][128]=1", "column 128 is none, takes 0 to 127"},
+          {"15716.value[0][0]=1", "no field value; near: values"},
+          {"15716.rows=3", "out of range, takes 0 to 2"},
+          {"15716.columns=129", "out of range, takes 0 to 128", true},
+          {"15716.columns=-1", "out of range, takes 0 to 128"},
+          {"2.name=123456789012345", "too long, takes 14"},
+          {"2.name=\xE2\x82\xAC", "Latin-1"},
+          {"2.name[0]=x", "takes no index"},
+          {"2.product_date=2023-02-29", "no date"},
+          {"2.product_date=1", "no date"},
+          {"2.product_date=2018-11-15", "takes a number", true},
+          {"RFBO_ATREG_DATA.rows=1", "no block RFBO_ATREG_DATA; near: RFBO_ATTREG_DATA"},
+          {"RFBO_*.rows=1", "no block"},
+          {"2@44.name=x", "not there, but block 2 at offset 0"},
+          {"65535.x=1", "no fields"}}},
+        {doubled(sample("rf-board")), {{"IDENT_2.name=x", "more than one block: block 2 at offset 0, block 2 at"}}},
+        {wrong, {{"15706.rows=1", "do not hold"}}},
+        {cut, {{"15706.rows=1", "doubtful"}}},
+        {shrunk, {{"15706.rows=1", "doubtful"}}},
+        {sample("second-edition"),
+         {{"40100.rows=39", "shape"}, {"40101.column_types[0]=3", "shape"}, {"40100.checksum32=1", "sums"}}},
+    };
+    for (const Image& image : images) {
+        for (const Refused& refused : image.refused) {
+            std::vector<char> bytes = image.bytes;
+            // All or none: the other assignment is a good one.
+            const std::string good = image.bytes.size() > 77376 ? "15700@44.rows=0" : "2.serial_number=7";
+            const AssignReport report = assign(bytes, {good, refused.assignment}, {.areStored = refused.areStored});
+            ASSERT_EQ(report.refusals.size(), 1U) << refused.assignment << '\n' << refusalsOf(report);
+            EXPECT_EQ(report.refusals.front().text, refused.assignment);
+            EXPECT_THAT(report.refusals.front().why, HasSubstr(refused.why)) << refused.assignment;
+            EXPECT_EQ(bytes, image.bytes) << refused.assignment;
+        }
+    }
+    std::vector<char> bytes = sample("rf-board");
+    EXPECT_THAT(refusalsOf(assign(bytes, {"2.name=x", "IDENT_2@0x0.name=y"})), HasSubstr("y: is set twice"));
+}
+
+TEST(ImageChange, MakesDamagedSumsHoldWhereAllowed) {
+    std::vector<char> image = sample("rf-board");
+    image[800] ^= 1;
+    const AssignReport refused = assign(image, {"15706.rows=1"});
+    EXPECT_TRUE(refused.isDamaged);
+    const AssignReport report = assign(image, {"15706.rows=1", "2.name=x"}, {.reseals = true});
+    EXPECT_EQ(refusalsOf(report), "");
+    EXPECT_EQ(report.resealed, std::vector<std::size_t>{684});
+    EXPECT_THAT(checkImage(image), IsEmpty());
+}
+
+TEST(ImageChange, TellsOldAndNew) {
+    std::vector<char> image = sample("rf-board");
+    const AssignReport report = assign(image, {"RFBO_RFLEVEL_MAX_DATA.values[0][0]=1.249", "2.name=Gr\xC3\xBCn=1",
+                                               "2.product_date=2024-02-29", "15716.values[0][1]=+2.50"});
+    ASSERT_EQ(refusalsOf(report), "");
+    const auto& changes = report.changes;
+    EXPECT_EQ(changes[0].before + "|" + changes[0].after, "19.50|1.25");
+    EXPECT_TRUE(changes[0].isRounded);
+    EXPECT_EQ(changes[1].before + "|" + changes[1].after, "\"RFBO\"|\"Gr\xC3\xBCn=1\"");
+    EXPECT_EQ(changes[2].before + "|" + changes[2].after, "2018-11-15|2024-02-29");
+    EXPECT_FALSE(changes[3].isRounded);
+    EXPECT_EQ(report.changeCount(), 4U);
+    const std::vector<char> once = image;
+    EXPECT_EQ(assign(image, {"2.name=Gr\xC3\xBCn=1"}).changeCount(), 0U);
+    EXPECT_EQ(image, once);
+}
+
+std::string randomValue(std::mt19937& random, std::span<const char> block, std::span<const Field> fields,
+                        const Field& field) {
+    if (field.stored == Stored::Text)
+        return std::string(random() % (field.width + 1), static_cast<char>('A' + random() % 26));
+    if (const auto capacity = field.role == Role::Count ? capacityOf(block, fields, field) : std::nullopt)
+        return std::to_string(random() % (*capacity + 1));
+    Field stored = field;
+    stored.scale = 1.0;
+    stored.zero = 0.0;
+    const ValueRange range = rangeOf(stored);
+    if (field.bits == 0 && field.stored == Stored::U64)
+        return std::to_string((std::uint64_t{random()} << 32U) | random());
+    const double share = std::uniform_real_distribution(0.0, 1.0)(random);
+    const double most = std::min(range.highest, 1e15);
+    const double least = std::max(range.lowest, -1e15);
+    return std::to_string(std::llround(least + share * (most - least)));
+}
+
+TEST(ImageChange, ChangesOneElementAndItsSumsAndBack) {
+    std::mt19937 random(12);
+    std::size_t changed = 0;
+    for (const std::string& name : sampleNames()) {
+        const std::vector<char> original = sample(name);
+        const ModuleImage module(original);
+        for (const ImageBlock& block : module.blocks()) {
+            const BlockLayout layout(block);
+            for (const Field& field : layout.fields()) {
+                const auto element = static_cast<unsigned int>(random() % field.elements());
+                const std::size_t at = field.elementOffset(element);
+                if (at + field.width > block.bytes.size())
+                    continue;
+                std::string place = std::to_string(block.id) + '@' + std::to_string(block.offset) + '.' + field.name;
+                std::string indices;
+                unsigned int rest = element;
+                for (unsigned int d = field.rank; d-- > 0; rest /= field.dimensions[d].extent)
+                    indices.insert(0, '[' + std::to_string(rest % field.dimensions[d].extent) + ']');
+                place += indices + '=';
+                std::vector<char> image = original;
+                const AssignReport report = assign(
+                    image, {place + randomValue(random, block.bytes, layout.fields(), field)}, {.areStored = true});
+                const std::string what = name + ' ' + place + '\n' + refusalsOf(report);
+                if (!report.succeeded()) {
+                    ASSERT_TRUE(block.isSecondEdition) << what; // shape and sums
+                    ASSERT_EQ(image, original) << what;
+                    continue;
+                }
+                ++changed;
+                ASSERT_THAT(checkImage(image), IsEmpty()) << what;
+                for (std::size_t i = 0; i < original.size(); ++i) {
+                    if (image[i] == original[i])
+                        continue;
+                    const std::size_t inside = i - block.offset;
+                    const bool isSum =
+                        inside == 4 || inside == 5 ||
+                        (block.isSecondEdition && ((inside >= 8 && inside < 12) || inside + 2 >= block.bytes.size()));
+                    ASSERT_TRUE(isSum || (inside >= at && inside < at + field.width)) << what << i;
+                }
+                std::string before = report.changes.front().before;
+                if (field.stored == Stored::Text)
+                    before = before.substr(1, before.size() - 2);
+                const AssignReport back = assign(image, {place + before}, {.areStored = true});
+                ASSERT_EQ(refusalsOf(back), "") << what;
+                ASSERT_EQ(image, original) << what;
+            }
+        }
+    }
+    EXPECT_GT(changed, 500U);
+}
+
+TEST(Reseal, ChangesSumsOnly) {
+    std::mt19937 random(4);
+    for (const std::string& name : sampleNames()) {
+        const std::vector<char> original = sample(name);
+        std::vector<char> same = original;
+        EXPECT_THAT(resealImage(same).changes, IsEmpty()) << name;
+        EXPECT_EQ(same, original) << name;
+        const ModuleImage module(original);
+        for (const ImageBlock& block : module.blocks()) {
+            if (block.isEnd())
+                continue;
+            std::vector<char> damaged = original;
+            // In what follows the header, or in the checksum itself.
+            const std::size_t at = random() % 4 == 0 ? 4 : 8 + random() % (block.bytes.size() - 8);
+            damaged[block.offset + at] ^= static_cast<char>(1U << random() % 8);
+            std::vector<char> image = damaged;
+            const ResealReport report = resealImage(image, BlockSelector({std::to_string(block.id)}));
+            EXPECT_EQ(report.changes.empty(), block.bytes.size() >= 0x8000 && at != 4) << name << ' ' << block.offset;
+            EXPECT_THAT(checkImage(image), IsEmpty()) << name << ' ' << block.offset << ' ' << at;
+            for (std::size_t i = 0; i < image.size(); ++i) {
+                const std::size_t inside = i - block.offset;
+                ASSERT_TRUE(
+                    image[i] == damaged[i] || inside == 4 || inside == 5 ||
+                    (block.isSecondEdition && ((inside >= 8 && inside < 12) || inside + 2 >= block.bytes.size())))
+                    << name << ' ' << i;
+            }
+        }
+    }
+}
+
+TEST(Reseal, LeavesWhatIsDoubtful) {
+    std::vector<char> cut = sample("rf-board");
+    cut.resize(1000);
+    cut[50] ^= 1;
+    const ResealReport report = resealImage(cut);
+    ASSERT_EQ(report.changes.size(), 1U);
+    EXPECT_EQ(report.changes[0].block, "RFBO_EXTIN_GAIN");
+    EXPECT_EQ(report.changes[0].offset, 44U);
+    ASSERT_EQ(report.left.size(), 1U);
+    EXPECT_EQ(report.left[0].offset, 684U);
+
+    // Blocks that no class sums: a word that is 0 or right stays.
+    for (const unsigned int word : {0U, 0x1234U, 0x10000U - 0x1267U - 0x8000U}) {
+        const std::string block = Support::image({0x1267, 0x8000, word & 0xFFFFU, 0}) + std::string(0x8000 - 8, '\0');
+        std::vector<char> image(block.begin(), block.end());
+        const bool isStray = word == 0x1234;
+        EXPECT_EQ(resealImage(image).changes.size(), isStray ? 1U : 0U) << word;
+        EXPECT_EQ(bytes::load<std::uint16_t>(image, 4), isStray ? 0U : word & 0xFFFFU);
+    }
+}
+
+} // namespace

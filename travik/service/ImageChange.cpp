@@ -1,0 +1,450 @@
+#include <travik/datablock/Bytes.h>
+#include <travik/datablock/Checksum.h>
+#include <travik/registry/Capacity.h>
+#include <travik/service/ImageChange.h>
+#include <travik/service/Seal.h>
+#include <travik/service/StoreValue.h>
+#include <travik/service/ValueText.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <set>
+
+namespace Travik {
+
+namespace {
+
+constexpr std::size_t checksumAt = offsetof(HwSDatablockHeader, checksum);
+constexpr std::size_t crcAt = sizeof(HwSDatablockHeader);
+constexpr std::size_t smallestUnread = 0x8000; // from here on no class sums
+
+/// A whole number without sign that is all of the text.
+template <class T>
+std::optional<T> wholeText(std::string_view text, int base = 10) {
+    T number = 0;
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    return end.ec == std::errc() && end.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+std::optional<std::size_t> offsetText(std::string_view text) {
+    const bool isHex = text.starts_with("0x") || text.starts_with("0X");
+    return wholeText<std::size_t>(isHex ? text.substr(2) : text, isHex ? 16 : 10);
+}
+
+std::string blockName(const ImageBlock& block) {
+    const std::string key = toUtf8(keyOf(block));
+    return key.empty() ? std::to_string(block.id) : key;
+}
+
+/// Whether the block's end is beyond doubt: the sums are those of these bytes.
+bool isPlaced(const ImageBlock& block) {
+    const bool isVouchedFor = block.checksumHolds && block.checksumChecked;
+    const bool isDoubtful = block.findings.has(Finding::WrongSize) || block.findings.has(Finding::OddSize);
+    return block.isEnd() ? block.endsKnown
+                         : block.endsKnown && block.sizeWord == block.bytes.size() && (isVouchedFor || !isDoubtful);
+}
+
+bool isSealed(const ImageBlock& block) { return block.checksumHolds && !block.findings.has(Finding::WrongCrc); }
+
+/// Makes the sums of a block's changed bytes right, as they were before. A word that nobody checks stays.
+void seal(std::span<char> bytes, const ImageBlock& before) {
+    const auto word = bytes::load<std::uint16_t>(before.bytes, checksumAt);
+    sealBlock(bytes, before.isSecondEdition ? Crc32::SecondEdition : before.crcHolds ? Crc32::Carried : Crc32::None);
+    if (before.isEnd() || bytes.size() < smallestUnread || word == 0)
+        return;
+    const auto sum = static_cast<std::uint16_t>(0x10000U - sum16(bytes.data(), bytes.size()));
+    bytes::store(bytes, checksumAt, before.checksumChecked ? sum : word);
+}
+
+/// Whether the field holds integers of 64 bits, and these are what is to be stored.
+bool isWide(const Field& field) {
+    return field.bits == 0 && (field.stored == Stored::U64 || field.stored == Stored::I64) && field.scale == 1.0 &&
+           field.zero == 0.0;
+}
+
+std::optional<double> numberText(std::string_view text) {
+    double number = 0;
+    return std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc() ? std::optional(number)
+                                                                                             : std::nullopt;
+}
+
+bool isTextual(const Field& field, bool areStored) {
+    return field.stored == Stored::Text || (field.role == Role::Date && !areStored);
+}
+
+/// The field without scale, zero and unit.
+Field plain(const Field& field) {
+    Field result = field;
+    result.scale = 1.0;
+    result.zero = 0.0;
+    result.unit = "";
+    return result;
+}
+
+/// Stores a number; what is wrong, or nothing.
+std::string storeNumber(std::span<char> block, const Field& field, unsigned int element, std::string_view text,
+                        bool areStored, bool& isRounded) {
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
+    if (isWide(field)) { // no double has all of their digits
+        const std::size_t offset = field.elementOffset(element);
+        const auto natural = wholeText<std::uint64_t>(text);
+        const auto integer = wholeText<std::int64_t>(text);
+        if (field.stored == Stored::U64 ? natural.has_value() : integer.has_value()) {
+            const std::uint64_t word =
+                field.stored == Stored::U64 ? natural.value() : static_cast<std::uint64_t>(integer.value());
+            return bytes::store(block, offset, word) ? "" : describeOutcome(StoreOutcome::Outside, field);
+        }
+    }
+    double number = 0;
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
+    StoreOutcome outcome = StoreOutcome::WrongKind;
+    if (end.ptr == text.data() + text.size() && end.ec == std::errc::result_out_of_range)
+        outcome = StoreOutcome::OutOfRange;
+    else if (end.ptr == text.data() + text.size() && end.ec == std::errc())
+        outcome = areStored ? storeStored(block, field, element, number) : storeValue(block, field, element, number);
+    isRounded = outcome == StoreOutcome::Rounded;
+    if (outcome == StoreOutcome::OutOfRange && areStored && !field.isFloating() && std::nearbyint(number) != number)
+        return "not a whole number, as the field stores them";
+    return describeOutcome(outcome, field);
+}
+
+/// "block 15716 at 12, block 15717 at 300", not all of very many.
+std::string places(const std::vector<const ImageBlock*>& blocks) {
+    constexpr std::size_t most = 8;
+    std::string text;
+    for (const ImageBlock* const block : std::span(blocks).first(std::min(most, blocks.size())))
+        text += (text.empty() ? "block " : ", block ") + std::to_string(block->id) + " at offset " +
+                std::to_string(block->offset);
+    return blocks.size() > most ? text + " and " + std::to_string(blocks.size() - most) + " more" : text;
+}
+
+/// Takes assignment after assignment.
+class Assigner {
+public:
+    Assigner(const std::vector<char>& image, const AssignOptions& options)
+        : options_(options), original_(image), bytes_(image), module_(original_), values_(module_) {}
+
+    void take(const Assignment& assignment) {
+        if (std::string why = store(assignment); !why.empty())
+            report_.refusals.push_back({assignment.text, std::move(why)});
+    }
+
+    AssignReport finish(std::vector<char>& image) {
+        if (report_.succeeded())
+            sealAll();
+        if (report_.succeeded()) {
+            describeChanges();
+            image = std::move(bytes_);
+        } else {
+            report_.resealed.clear();
+        }
+        return std::move(report_);
+    }
+
+private:
+    struct Touched {
+        const ImageBlock* block;
+        BlockValues before;
+    };
+    struct Stores {
+        const Assignment* assignment;
+        const Touched* touched;
+        const Field* field;
+        unsigned int element;
+        bool isRounded;
+        bool isChange;
+    };
+
+    AssignOptions options_;
+    const std::vector<char> original_;
+    std::vector<char> bytes_;
+    ModuleImage module_; // of the original
+    ImageValues values_;
+    std::map<std::size_t, Touched> touched_; // by offset
+    std::set<std::pair<const Field*, unsigned int>> elements_;
+    std::vector<Stores> stores_;
+    AssignReport report_;
+
+    std::span<char> bytesOf(const ImageBlock& block) {
+        return std::span(bytes_).subspan(block.offset, block.bytes.size());
+    }
+
+    std::string store(const Assignment& assignment) {
+        const ImageBlock* block = nullptr;
+        if (std::string why = findBlock(assignment, block); !why.empty())
+            return why;
+        const auto known = touched_.find(block->offset);
+        Touched& touched =
+            known != touched_.end() ? known->second : touched_.try_emplace(block->offset, begin(*block)).first->second;
+        if (std::string why = whyUntouchable(touched); !why.empty())
+            return why;
+        const FieldValues* const values = touched.before.find(assignment.field);
+        if (!values)
+            return whyNoField(touched, assignment.field);
+        const Field& field = *values->field;
+        unsigned int element = 0;
+        if (std::string why = findElement(assignment, field, element); !why.empty())
+            return why;
+        if (!bytes::inside(block->bytes.size(), field.elementOffset(element), field.width))
+            return "outside the block, which has " + std::to_string(block->bytes.size()) + " bytes";
+        if (!elements_.emplace(&field, element).second)
+            return "is set twice";
+        return storeElement(assignment, touched, field, element);
+    }
+
+    std::string storeElement(const Assignment& assignment, const Touched& touched, const Field& field,
+                             unsigned int element) {
+        const std::span<char> block = bytesOf(*touched.block);
+        const std::span<char> place = block.subspan(field.elementOffset(element), field.width);
+        const std::vector<char> before(place.begin(), place.end());
+        bool isRounded = false;
+        const bool isText = isTextual(field, options_.areStored);
+        std::string why = isText ? describeOutcome(storeText(block, field, element, assignment.value), field)
+                                 : storeNumber(block, options_.areStored ? plain(field) : field, element,
+                                               assignment.value, options_.areStored, isRounded);
+        if (why.empty() || why.starts_with("out of range"))
+            why = whyNoCount(block, touched, field, element, std::move(why));
+        stores_.push_back({&assignment, &touched, &field, element, isRounded, !std::ranges::equal(place, before)});
+        return why;
+    }
+
+    std::string findBlock(const Assignment& assignment, const ImageBlock*& found) const {
+        std::vector<const ImageBlock*> called;
+        for (const ImageBlock& block : module_.blocks()) {
+            if (assignment.block == std::to_string(block.id) || assignment.block == toUtf8(keyOf(block)))
+                called.push_back(&block);
+        }
+        if (called.empty()) {
+            const std::vector<std::string> misses = BlockSelector({assignment.block}).misses(module_);
+            return misses.empty() ? "no block " + assignment.block : misses.front();
+        }
+        if (assignment.offset) {
+            const auto at = std::ranges::find(called, *assignment.offset, &ImageBlock::offset);
+            if (at == called.end())
+                return "not there, but " + places(called);
+            found = *at;
+            return {};
+        }
+        found = called.front();
+        return called.size() == 1 ? "" : "more than one block: " + places(called);
+    }
+
+    Touched begin(const ImageBlock& block) const { return {&block, values_.read(block)}; }
+
+    std::string whyUntouchable(const Touched& touched) {
+        const ImageBlock& block = *touched.block;
+        if (!isPlaced(block))
+            return "it is doubtful where the block ends, see verify";
+        if (isSealed(block) || options_.reseals)
+            return {};
+        report_.isDamaged = true;
+        return "the sums of the block do not hold, and a change would make the damage look sound";
+    }
+
+    static std::string whyNoField(const Touched& touched, const std::string& name) {
+        std::vector<std::string> names;
+        for (const FieldValues& values : touched.before.fields)
+            names.emplace_back(values.field->name);
+        return names.empty() ? "the block has no fields" : noSuchName("field", name, names);
+    }
+
+    static std::string findElement(const Assignment& assignment, const Field& field, unsigned int& element) {
+        const std::size_t given = assignment.indices.size();
+        if (given != field.rank) {
+            std::string shape;
+            for (unsigned int d = 0; d < field.rank; ++d)
+                shape += std::string("[") + field.dimensions[d].name + " of " +
+                         std::to_string(field.dimensions[d].extent) + "]";
+            return field.rank == 0 ? "has no dimensions, takes no index" : "takes an index for each of " + shape;
+        }
+        for (unsigned int d = 0; d < field.rank; ++d) {
+            const Dimension& dimension = field.dimensions[d];
+            if (assignment.indices[d] >= dimension.extent)
+                return std::string(dimension.name) + " " + std::to_string(assignment.indices[d]) +
+                       " is none, takes 0 to " + std::to_string(dimension.extent - 1);
+            element = element * dimension.extent + assignment.indices[d];
+        }
+        return {};
+    }
+
+    /// A count takes less than its word; `why` is what the word has to say.
+    static std::string whyNoCount(std::span<const char> block, const Touched& touched, const Field& field,
+                                  unsigned int element, std::string why) {
+        const auto capacity =
+            field.role == Role::Count ? capacityOf(block, touched.before.layout.fields(), field) : std::nullopt;
+        if (!capacity)
+            return why;
+        Field one = plain(field);
+        one.offset = static_cast<unsigned int>(field.elementOffset(element));
+        one.rank = 0;
+        const double count = fieldValue(block, one);
+        return why.empty() && count >= 0 && count <= *capacity
+                   ? ""
+                   : "out of range, takes 0 to " + std::to_string(*capacity);
+    }
+
+    static bool isSameField(const Field& left, const Field& right) {
+        return std::string_view(left.name) == right.name && left.stored == right.stored && left.width == right.width &&
+               left.offset == right.offset && left.elements() == right.elements();
+    }
+
+    /// A value may neither turn the block into another table nor be one that the sums decide.
+    void sealAll() {
+        const std::vector<char> unsealed = bytes_;
+        for (const auto& [offset, touched] : touched_) {
+            const std::span<char> block = bytesOf(*touched.block);
+            seal(block, *touched.block);
+            if (!isSealed(*touched.block))
+                report_.resealed.push_back(offset);
+        }
+        for (const Stores& stored : stores_) {
+            const ImageBlock& block = *stored.touched->block;
+            const std::size_t at = block.offset + stored.field->elementOffset(stored.element);
+            const auto isSum = [&](std::size_t i) { return bytes_[at + i] != unsealed[at + i]; };
+            std::string_view why;
+            for (std::size_t i = 0; i < stored.field->width && why.empty(); ++i)
+                why = isSum(i) ? "is part of the sums of the block, which decide it" : "";
+            if (why.empty() && !keepsLayout(*stored.touched))
+                why = "would change the shape of the table, and with it what its bytes are";
+            if (!why.empty())
+                report_.refusals.push_back({stored.assignment->text, std::string(why)});
+        }
+    }
+
+    bool keepsLayout(const Touched& touched) {
+        ImageBlock after = *touched.block;
+        if (!after.isSecondEdition)
+            return true;
+        after.bytes = bytesOf(*touched.block);
+        return std::ranges::equal(BlockLayout(after).fields(), touched.before.layout.fields(), isSameField);
+    }
+
+    void describeChanges() {
+        const ModuleImage changed(bytes_);
+        const ImageValues values(changed);
+        std::map<std::size_t, BlockValues> read;
+        for (const Stores& stored : stores_) {
+            const ImageBlock& before = *stored.touched->block;
+            ImageBlock after = before;
+            after.bytes = bytesOf(before);
+            const auto known = read.find(before.offset);
+            const BlockValues& now =
+                known != read.end() ? known->second : read.try_emplace(before.offset, values.read(after)).first->second;
+            std::string text = textOf(after, now, stored);
+            // Of a float the shortest decimal is what was given.
+            const bool isRounded = stored.isRounded && numberText(text) != numberText(stored.assignment->value);
+            report_.changes.push_back({.name = stored.assignment->name,
+                                       .offset = before.offset,
+                                       .before = textOf(before, stored.touched->before, stored),
+                                       .after = std::move(text),
+                                       .isRounded = isRounded,
+                                       .isChange = stored.isChange});
+        }
+    }
+
+    std::string textOf(const ImageBlock& block, const BlockValues& values, const Stores& stored) const {
+        const Field& field = *stored.field;
+        if (options_.areStored && field.stored != Stored::Text)
+            return storedText(block.bytes, field, stored.element);
+        const std::string text = ElementText(block, *values.find(field.name)).exact(stored.element);
+        if (field.stored == Stored::Text)
+            return '"' + text + '"';
+        return *field.unit ? text + ' ' + field.unit : text;
+    }
+};
+
+} // namespace
+
+Assignment parseAssignment(std::string_view text) {
+    Assignment result;
+    result.text = text;
+    const auto refuse = [&](std::string why) {
+        result.error = std::move(why);
+        return result;
+    };
+    const std::size_t equals = text.find('=');
+    if (equals == std::string_view::npos)
+        return refuse("no assignment, takes KEY.FIELD[INDEX]...=VALUE");
+    result.name = text.substr(0, equals);
+    result.value = text.substr(equals + 1);
+    const std::string_view name = result.name;
+    const std::size_t dot = name.find('.');
+    const std::size_t at = name.substr(0, dot).find('@');
+    if (dot == std::string_view::npos || dot == 0 || at == 0)
+        return refuse("takes KEY.FIELD before the \"=\"");
+    result.block = name.substr(0, std::min(at, dot));
+    if (at != std::string_view::npos) {
+        result.offset = offsetText(name.substr(at + 1, dot - at - 1));
+        if (!result.offset)
+            return refuse("takes a number of bytes behind the \"@\"");
+    }
+    std::string_view rest = name.substr(dot + 1);
+    const std::size_t bracket = std::min(rest.find('['), rest.size());
+    result.field = rest.substr(0, bracket);
+    if (result.field.empty())
+        return refuse("takes KEY.FIELD before the \"=\"");
+    for (rest.remove_prefix(bracket); !rest.empty();) {
+        const std::size_t end = rest.find(']');
+        const auto index = rest.front() == '[' && end != std::string_view::npos
+                               ? wholeText<unsigned int>(rest.substr(1, end - 1))
+                               : std::nullopt;
+        if (!index)
+            return refuse("takes whole numbers from 0 on as indices, each in brackets");
+        result.indices.push_back(*index);
+        rest.remove_prefix(end + 1);
+    }
+    return result;
+}
+
+std::size_t AssignReport::changeCount() const {
+    return static_cast<std::size_t>(std::ranges::count(changes, true, &ValueChange::isChange));
+}
+
+AssignReport assignValues(std::vector<char>& image, std::span<const Assignment> assignments,
+                          const AssignOptions& options) {
+    Assigner assigner(image, options);
+    for (const Assignment& assignment : assignments)
+        assigner.take(assignment);
+    return assigner.finish(image);
+}
+
+std::string_view nameOf(Sum sum) { return sum == Sum::Checksum ? "checksum" : sum == Sum::Crc32 ? "CRC-32" : "filler"; }
+
+ResealReport resealImage(std::vector<char>& image, const BlockSelector& selector) {
+    ResealReport report;
+    const std::vector<char> original = image;
+    const ModuleImage module(original);
+    for (const ImageBlock& block : module.blocks()) {
+        if (block.isEnd() || !selector.selects(block))
+            continue;
+        if (!isPlaced(block)) {
+            report.left.push_back({block.offset, block.id});
+            continue;
+        }
+        const bool isStray = block.findings.has(Finding::StrayChecksum);
+        if (isSealed(block) && !isStray)
+            continue;
+        const std::span<char> bytes = std::span(image).subspan(block.offset, block.bytes.size());
+        seal(bytes, block);
+        if (isStray)
+            bytes::store(bytes, checksumAt, std::uint16_t{0});
+        const auto tell = [&](Sum sum, std::uint32_t before, std::uint32_t after) {
+            if (before != after)
+                report.changes.push_back({blockName(block), block.offset, sum, before, after});
+        };
+        const auto tellWord = [&](Sum sum, std::size_t at) {
+            tell(sum, bytes::load<std::uint16_t>(block.bytes, at), bytes::load<std::uint16_t>(bytes, at));
+        };
+        if (block.isSecondEdition) {
+            tell(Sum::Crc32, bytes::load<std::uint32_t>(block.bytes, crcAt), bytes::load<std::uint32_t>(bytes, crcAt));
+            tellWord(Sum::Filler, bytes.size() - sizeof(std::uint16_t));
+        }
+        tellWord(Sum::Checksum, checksumAt);
+    }
+    return report;
+}
+
+} // namespace Travik
