@@ -2,6 +2,7 @@
 
 #include <travik/datablock/Bytes.h>
 #include <travik/registry/Capacity.h>
+#include <travik/service/Document.h>
 #include <travik/service/ImageChange.h>
 #include <travik/service/ImageFile.h>
 #include <travik/service/StoreValue.h>
@@ -177,9 +178,40 @@ TEST(ImageChange, TellsOldAndNew) {
     EXPECT_EQ(changes[2].before + "|" + changes[2].after, "2018-11-15|2024-02-29");
     EXPECT_FALSE(changes[3].isRounded);
     EXPECT_EQ(report.changeCount(), 4U);
+    const AssignReport tiny = assign(image, {"15716.values[0][0]=1e-400"});
+    EXPECT_EQ(refusalsOf(tiny), "");
+    EXPECT_EQ(tiny.changes[0].after, "0.00");
     const std::vector<char> once = image;
     EXPECT_EQ(assign(image, {"2.name=Gr\xC3\xBCn=1"}).changeCount(), 0U);
     EXPECT_EQ(image, once);
+}
+
+TEST(ImageChange, StoresWideIntegersExactly) {
+    struct Wide {
+        const char* type;
+        const char* number;
+        bool isTaken;
+    };
+    for (const Wide& wide : std::initializer_list<Wide>{{"7", "18446744073709551615", true},
+                                                        {"7", "18446744073709551616", false},
+                                                        {"7", "-1", false},
+                                                        {"8", "9007199254740993", true},
+                                                        {"8", "-9223372036854775808", true},
+                                                        {"8", "9223372036854775808", false},
+                                                        {"8", "0.5", false}}) {
+        const BuiltImage built =
+            buildImage(R"({"blocks": [{"key": "USER_40000", "fields": {"rows": 1, "columns": 1, "column_types": [)" +
+                       std::string(wide.type) + R"(], "values": [[7]]}}]})");
+        ASSERT_EQ(built.error, "");
+        std::vector<char> image = built.bytes;
+        const AssignReport report =
+            assign(image, {std::string("40000.values[0][0]=") + wide.number}, {.areStored = true});
+        EXPECT_EQ(report.succeeded(), wide.isTaken) << wide.number;
+        const std::string told = wide.isTaken ? report.changes.at(0).before + "|" + report.changes.at(0).after : "";
+        EXPECT_EQ(told, wide.isTaken ? std::string("7|") + wide.number : "");
+        EXPECT_EQ(image == built.bytes, !wide.isTaken);
+        EXPECT_THAT(checkImage(image), IsEmpty());
+    }
 }
 
 std::string randomValue(std::mt19937& random, std::span<const char> block, std::span<const Field> fields,

@@ -3,6 +3,7 @@
 
 #include <travik/service/ImageChange.h>
 
+#include <algorithm>
 #include <iostream>
 
 namespace Tool {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <map>
 #include <set>
 
@@ -100,11 +101,15 @@ std::string storeNumber(std::span<char> block, const Field& field, unsigned int 
     }
     double number = 0;
     const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
+    // Out of range is said of what is too small, too, which is 0 or the smallest number.
+    const bool isOutside = end.ec == std::errc::result_out_of_range;
+    if (isOutside)
+        number = std::strtod(std::string(text).c_str(), nullptr);
     StoreOutcome outcome = StoreOutcome::WrongKind;
-    if (end.ptr == text.data() + text.size() && end.ec == std::errc::result_out_of_range)
-        outcome = StoreOutcome::OutOfRange;
-    else if (end.ptr == text.data() + text.size() && end.ec == std::errc())
-        outcome = areStored ? storeStored(block, field, element, number) : storeValue(block, field, element, number);
+    if (end.ec != std::errc::invalid_argument && end.ptr == text.data() + text.size())
+        outcome = isOutside && std::isinf(number) ? StoreOutcome::OutOfRange
+                  : areStored                     ? storeStored(block, field, element, number)
+                                                  : storeValue(block, field, element, number);
     isRounded = outcome == StoreOutcome::Rounded;
     if (outcome == StoreOutcome::OutOfRange && areStored && !field.isFloating() && std::nearbyint(number) != number)
         return "not a whole number, as the field stores them";
