@@ -1,13 +1,12 @@
+#include "MainBoard.h"
+
 #include <travik/datablocks.h>
-#include <travik/service/ImageFile.h>
 #include <travik/service/ShowText.h>
 #include <travik/service/Values.h>
 
-#include <benchmark/benchmark.h>
-
 #include <ostream>
 #include <streambuf>
-#include <vector>
+#include <string>
 
 using namespace Travik;
 
@@ -19,22 +18,6 @@ class NullBuffer : public std::streambuf {
     std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
 };
 
-/// The largest of the sample images: 400 KB, every calibration table of a main board on four paths.
-const std::vector<char>& mainBoard() {
-    static const std::vector<char> bytes = [] {
-        std::vector<char> read;
-        readImageFile(TRAVIK_SAMPLES "/main-board.bin", read);
-        return read;
-    }();
-    return bytes;
-}
-
-void count(benchmark::State& state) {
-    if (mainBoard().empty())
-        state.SkipWithError("no sample image");
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * mainBoard().size()));
-}
-
 void mainBoardDump(benchmark::State& state) {
     NullBuffer buffer;
     HwDatablockOldStyleInterpreter interpreter;
@@ -45,7 +28,7 @@ void mainBoardDump(benchmark::State& state) {
             interpreter.printHwDatablockOldStyleInfo(makeBlock(block).get(), os);
         }
     }
-    count(state);
+    countMainBoard(state);
 }
 BENCHMARK(mainBoardDump);
 
@@ -56,7 +39,7 @@ void mainBoardValues(benchmark::State& state) {
         for (const ImageBlock& block : image.blocks())
             benchmark::DoNotOptimize(values.read(block).fields.data());
     }
-    count(state);
+    countMainBoard(state);
 }
 BENCHMARK(mainBoardValues);
 
@@ -70,7 +53,7 @@ void mainBoardShow(benchmark::State& state) {
             benchmark::DoNotOptimize(text.data());
         }
     }
-    count(state);
+    countMainBoard(state);
 }
 BENCHMARK(mainBoardShow);
 
