@@ -6,8 +6,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <regex>
-
 namespace {
 
 using namespace Travik;
@@ -140,21 +138,27 @@ TEST(Describe, JsonCoversEveryByteOfEveryBlock) {
 
 // What the compiler makes of it, './dev interop' tests.
 TEST(Kaitai, NamesAreLegalAndUniqueInTheirType) {
-    const std::regex legal("[a-z][a-z0-9_]*");
+    const auto isLegal = [](std::string_view name) {
+        constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz";
+        return !name.empty() && letters.find(name.front()) != std::string_view::npos &&
+               name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_") == std::string_view::npos;
+    };
+    constexpr std::string_view idMark = "- id: ";
     const std::vector<std::string> names = kaitaiTypeNames(forms());
     EXPECT_EQ(std::set(names.begin(), names.end()).size(), names.size());
     std::map<std::size_t, std::set<std::string>> used; // by indentation of the type that is being read
     for (const std::string& line : lines(describeAsKaitai(forms()))) {
-        std::smatch match;
         const std::size_t indent = line.find_first_not_of(' ');
-        if (std::regex_match(line, match, std::regex(R"( *(?:- id: (.*)|([^ -][^ ]*):))"))) {
-            const std::string name = match[1].matched ? match[1] : match[2];
-            EXPECT_TRUE(std::regex_match(name, legal) || name.starts_with("element_type::")) << line;
-            if (name == "seq") { // of the next type
-                used.erase(used.lower_bound(indent), used.end());
-            } else if (match[1].matched) {
-                EXPECT_TRUE(used[indent].insert(name).second) << line;
-            }
+        const std::string_view rest = std::string_view(line).substr(std::min(indent, line.size()));
+        const bool isId = rest.starts_with(idMark);
+        if (!isId && (!rest.ends_with(':') || rest.starts_with('-') || rest.find(' ') != std::string_view::npos))
+            continue;
+        const std::string name(isId ? rest.substr(idMark.size()) : rest.substr(0, rest.size() - 1));
+        EXPECT_TRUE(isLegal(name) || name.starts_with("element_type::")) << line;
+        if (name == "seq") { // of the next type
+            used.erase(used.lower_bound(indent), used.end());
+        } else if (isId) {
+            EXPECT_TRUE(used[indent].insert(name).second) << line;
         }
     }
 }
