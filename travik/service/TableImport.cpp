@@ -1,6 +1,5 @@
-#include <travik/datablock/Bytes.h>
-#include <travik/datablock/Checksum.h>
 #include <travik/registry/ModuleImage.h>
+#include <travik/service/Seal.h>
 #include <travik/service/TableImport.h>
 
 #include <algorithm>
@@ -16,12 +15,6 @@ std::vector<const ExchangeFormat*> exchangeFormats() {
             formats.push_back(entry.exchange);
     }
     return formats;
-}
-
-void seal(std::span<char> block) {
-    constexpr std::size_t checksum = offsetof(HwSDatablockHeader, checksum);
-    bytes::store(block, checksum, static_cast<unsigned short>(0));
-    bytes::store(block, checksum, static_cast<unsigned short>(0x10000 - sum16(block.data(), block.size())));
 }
 
 /// The block that takes the table; null, and the refusal, where none does.
@@ -83,7 +76,7 @@ TableImport importTable(std::vector<char>& image, std::string_view text, const E
     result.reading = readExchangeStrictly(text, format, block->bytes);
     if (result.reading.findingCount == 0) {
         std::vector<char> table = result.reading.image;
-        seal(table);
+        sealBlock(table, Crc32::None);
         std::ranges::copy(table, image.begin() + static_cast<std::ptrdiff_t>(result.offset));
     }
     return result;
