@@ -19,17 +19,6 @@ namespace {
 using Travik::TextCharset;
 using Travik::TextLines;
 
-/// 0, or an error number. Allocates nothing.
-int writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR)
-            return errno;
-        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return 0;
-}
-
 [[noreturn]] void end(std::string_view message) {
     writeAll(STDERR_FILENO, message);
     std::_Exit(CallFailed);
@@ -152,6 +141,16 @@ Channel& standardError() {
 }
 
 } // namespace
+
+int writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR)
+            return errno;
+        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return 0;
+}
 
 void occupyStandardDescriptors() {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {

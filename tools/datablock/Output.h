@@ -17,6 +17,9 @@ namespace Tool {
 /// that using it fails as it did.
 void occupyStandardDescriptors();
 
+/// Straight to a descriptor, on when a signal interrupts. 0, or an error number. Needs no memory.
+int writeAll(int descriptor, std::string_view bytes);
+
 /// Says so on standard error and ends the tool with status 2. Needs no memory: for std::set_new_handler.
 [[noreturn]] void endOutOfMemory();
 

@@ -1,5 +1,7 @@
 #include "Terminal.h"
 
+#include "Output.h"
+
 #include <fcntl.h>
 #include <pthread.h>
 #include <spawn.h>
@@ -33,15 +35,6 @@ bool isPagerWanted = true;
 std::string_view environment(const char* name) {
     const char* const value = std::getenv(name);
     return value ? value : std::string_view();
-}
-
-void writeAll(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t count = ::write(file, text.data(), text.size());
-        if (count < 0 && errno != EINTR)
-            return;
-        text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
 }
 
 /// The command of a pager that runs, and the thread that hands it what is written. That thread goes on reading when the
