@@ -1,5 +1,6 @@
 #include "Terminal.h"
 #include "Tool.h"
+#include "Writing.h"
 
 #include <algorithm>
 #include <exception>
@@ -26,6 +27,7 @@ int runTool(int argc, char** argv) {
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     // Here "++" ends the options of a subcommand, unless it is spelt as the file that it names.
     std::ranges::replace(arguments, "++", "./++");
+    Tool::joinBackupFile(arguments);
     std::ranges::reverse(arguments);
     try {
         app.parse(arguments);
