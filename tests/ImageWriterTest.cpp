@@ -7,14 +7,17 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <linux/filter.h>
+#include <linux/loop.h>
 #include <linux/seccomp.h>
 #include <sched.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -164,6 +167,34 @@ std::string attribute(const std::string& path, const char* name) {
     return length < 0 ? "none" : value.substr(0, static_cast<std::size_t>(length));
 }
 
+/// A block device over a file; without a path where the machine has none to give.
+class LoopDevice {
+public:
+    explicit LoopDevice(const char* file) {
+        const int control = ::open("/dev/loop-control", O_RDWR | O_CLOEXEC);
+        const int number = control < 0 ? -1 : ::ioctl(control, LOOP_CTL_GET_FREE);
+        ::close(control);
+        const std::string path = "/dev/loop" + std::to_string(number);
+        device_ = number < 0 ? -1 : ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+        const int backing = ::open(file, O_RDWR | O_CLOEXEC);
+        if (device_ >= 0 && ::ioctl(device_, LOOP_SET_FD, backing) == 0)
+            path_ = path;
+        ::close(backing);
+    }
+    LoopDevice(const LoopDevice&) = delete;
+    LoopDevice& operator=(const LoopDevice&) = delete;
+    ~LoopDevice() {
+        if (!path_.empty())
+            ::ioctl(device_, LOOP_CLR_FD);
+        ::close(device_);
+    }
+    const std::string& path() const { return path_; }
+
+private:
+    int device_ = -1;
+    std::string path_;
+};
+
 constexpr unsigned int nobody = 65534;
 
 /// Gives up the superuser's rights, or skips where there are none to give up.
@@ -227,6 +258,11 @@ TEST_F(ImageWriter, FindsItsPlace) {
         EXPECT_NE(ImageEdit(path).error(), "") << path;
     }
     EXPECT_NE(ImageEdit("not there").error(), "");
+    const dev_t flash = makedev(90, 0);
+    if (::mknod("flash", S_IFCHR | 0600, flash) == 0) {
+        EXPECT_THAT(ImageEdit("flash").error(), HasSubstr("use its block device (mtdblock)"));
+        fs::remove("flash");
+    }
     EXPECT_THAT(names(), ElementsAre("chain", "folder", "image", "later", "loop", "pipe"));
 }
 
@@ -425,27 +461,102 @@ TEST_F(ImageWriter, SystemCallsThatFailHarmNothing) {
     }
 }
 
-// Of two changed bytes the second cannot be written; the first is put back, or the backup is all that is left.
+// How every call may fail is tested on `writeInPlace`; here, that it is what writes, and what stays beside the file.
 TEST_F(ImageWriter, WritingInPlaceThatFailsIsUndone) {
-    const Fault fromOffset8{SYS_pwrite64, EIO, 3, 8};
-    const Fault eightBytesAtOnce{SYS_pwrite64, EIO, 2, 8};
-    for (const bool canBeUndone : {true, false}) {
-        inChild([&] {
-            inject(mountPoint);
-            inject({fromOffset8});
-            if (!canBeUndone)
-                inject({eightBytesAtOnce});
-            const WriteReport report = change("image", "Old byteS", {.backup = ""});
-            EXPECT_THAT(report.error,
-                        HasSubstr(canBeUndone ? "the old bytes were written back"
-                                              : "the old bytes could not be written back, they are in image~"));
-        });
-        if (IsSkipped())
-            return;
-        EXPECT_EQ(get("image"), canBeUndone ? "old bytes" : "Old bytes");
-        EXPECT_EQ(names().size(), canBeUndone ? 1U : 2U);
+    struct Case {
+        Fault fault; ///< of two changed bytes the second cannot be written; nothing can be read back
+        std::string error;
+    };
+    const Case cases[] = {
+        {{SYS_pwrite64, EIO, 3, 8},
+         "cannot be written at offset 8: Input/output error; the old bytes were written back; the old bytes are in "
+         "kept"},
+        {{SYS_pread64, EIO},
+         "cannot be read back at offset 0: Input/output error; the old bytes could not be written back, offsets 0 to 8 "
+         "are unknown; the old bytes are in kept"},
+    };
+    for (const Case& test : cases) {
+        for (const bool isAskedFor : {true, false}) {
+            inChild([&] {
+                inject(mountPoint);
+                inject({test.fault});
+                const WriteReport report = change("image", "Old byteS", {.backup = "kept", .inPlace = isAskedFor});
+                EXPECT_EQ(report.error, test.error);
+            });
+            if (IsSkipped())
+                return;
+            EXPECT_EQ(get("image"), "old bytes");
+            EXPECT_EQ(get("kept"), "old bytes");
+            fs::remove("kept");
+        }
     }
-    EXPECT_EQ(get("image~"), "old bytes");
+}
+
+TEST_F(ImageWriter, WritesInPlaceWhereAskedTo) {
+    fs::create_hard_link("image", "other");
+    const ino_t inode = statusOf("image").st_ino;
+    const auto error = [](std::string_view bytes, const WriteOptions& options) {
+        const WriteReport report = change("image", bytes, options);
+        EXPECT_FALSE(report.wouldDoInPlace);
+        return report.error;
+    };
+    EXPECT_THAT(error("new bytes", {.inPlace = true}), HasSubstr("only with a backup that is named"));
+    EXPECT_THAT(error("new bytes", {.backup = "", .inPlace = true}), HasSubstr("only with a backup that is named"));
+    EXPECT_THAT(error("longer bytes", {.backup = "kept", .inPlace = true}), HasSubstr("has 9 bytes"));
+    EXPECT_THAT(error("new bytes", {.backup = "other", .inPlace = true}), HasSubstr("File exists"));
+    EXPECT_THAT(error("new bytes", {.backup = "none/kept", .inPlace = true}), HasSubstr("No such file"));
+    EXPECT_EQ(error("old bytes", {.backup = "kept", .inPlace = true}), "");
+    EXPECT_THAT(names(), ElementsAre("image", "other")) << "nothing was changed, nothing is kept";
+    const WriteReport report = change("image", "new bytes", {.backup = "kept", .inPlace = true});
+    EXPECT_EQ(report.error, "");
+    EXPECT_EQ(report.backup, "kept");
+    EXPECT_THAT(report.warnings, IsEmpty());
+    EXPECT_EQ(get("image") + get("other") + get("kept"), "new bytesnew bytesold bytes");
+    EXPECT_EQ(statusOf("image").st_ino, inode);
+    EXPECT_THAT(writeImageFile("none", bytesOf("x"), {.backup = "more", .inPlace = true}).error,
+                HasSubstr("nothing is there"));
+
+    ImageEdit edit("image");
+    edit.bytes() = bytesOf("NEW bytes");
+    put("image", "new BYTES");
+    EXPECT_THAT(edit.commit({.backup = "more", .inPlace = true}).error, HasSubstr("was changed by another program"));
+    EXPECT_EQ(get("image"), "new BYTES");
+}
+
+// Where nothing can be made beside the file, that is what would do.
+TEST_F(ImageWriter, SaysWhereWritingInPlaceWouldDo) {
+    for (const Fault& fault : {Fault{SYS_openat, EACCES, 2, withoutName}, Fault{SYS_renameat, EBUSY}}) {
+        inChild([&] {
+            inject({fault});
+            EXPECT_TRUE(change("image", "new bytes").wouldDoInPlace);
+            EXPECT_FALSE(change("image", "longer bytes").wouldDoInPlace);
+            if (fault.error == EACCES) {
+                EXPECT_TRUE(change("image", "new bytes", {.backup = ""}).wouldDoInPlace);
+            }
+        });
+    }
+    EXPECT_EQ(get("image"), "old bytes");
+}
+
+// A loop device stands for a flash partition.
+TEST_F(ImageWriter, ABlockDeviceIsWrittenInPlace) {
+    const std::string image(8192, 'o');
+    put("image", image);
+    const LoopDevice device("image");
+    if (device.path().empty())
+        GTEST_SKIP() << "no loop devices here";
+    std::string changed = image;
+    changed.replace(5000, 3, "new");
+    EXPECT_TRUE(change(device.path(), changed).wouldDoInPlace);
+    EXPECT_EQ(change(device.path(), changed, {.backup = "kept", .inPlace = true}).error, "");
+    EXPECT_EQ(get(device.path()), changed);
+    EXPECT_EQ(get("kept"), image);
+    EXPECT_THAT(change(device.path(), "short", {.backup = "more", .inPlace = true}).error, HasSubstr("8192 bytes"));
+    {
+        const ImageEdit first(device.path());
+        EXPECT_THAT(ImageEdit(device.path(), 20).error(), HasSubstr("busy")) << "open twice";
+    }
+    EXPECT_THAT(names(), ElementsAre("image", "kept"));
 }
 
 TEST_F(ImageWriter, ALimitOrAFullDiskLeavesTheOldFile) {

@@ -22,9 +22,14 @@ public:
             ->type_name("NAME");
         command.add_flag("--keep-checksums", options_.keepChecksums,
                          "Leave the checksums of changed blocks as the document has them");
+        addWriteOptions(command, write_);
     }
 
     int run() override {
+        if (Travik::isSameFile(documentPath_, outputPath_)) {
+            std::cerr << "datablock: " << InLine{outputPath_} << ": is the document, which would be lost\n";
+            return CallFailed;
+        }
         const std::optional<Image> document = readImage(documentPath_);
         if (!document)
             return CallFailed;
@@ -33,13 +38,18 @@ public:
             std::cerr << InLine{document->name} << ": " << built.error << '\n';
             return DataWrong;
         }
-        return reportWriting(outputPath_, writeImage(outputPath_, built.bytes)) ? AllWell : CallFailed;
+        const Travik::WriteReport report = writeImage(outputPath_, built.bytes, write_);
+        if (!reportWriting(outputPath_, report))
+            return CallFailed;
+        tellBackup(outputPath_, report);
+        return AllWell;
     }
 
 private:
     std::string documentPath_;
     std::string outputPath_;
     Travik::BuildOptions options_;
+    Travik::WriteOptions write_;
 };
 
 } // namespace

@@ -26,6 +26,10 @@ public:
     int run() override {
         if (update_.image == "-" && textPath_ == "-")
             return refuse(CallFailed, "standard input", "cannot be text and image at once");
+        for (const std::string& written : {update_.image, update_.output}) {
+            if (Travik::isSameFile(textPath_, written))
+                return refuse(CallFailed, "datablock: " + written, "is the text, which would be lost");
+        }
         const std::optional<Image> text = readImage(textPath_);
         if (!text)
             return CallFailed;

@@ -51,6 +51,8 @@ std::unique_ptr<Command> exportCommand(CLI::App& app);
 std::unique_ptr<Command> importCommand(CLI::App& app);
 std::unique_ptr<Command> buildCommand(CLI::App& app);
 std::unique_ptr<Command> setCommand(CLI::App& app);
+std::unique_ptr<Command> copyCommand(CLI::App& app);
+std::unique_ptr<Command> removeCommand(CLI::App& app);
 std::unique_ptr<Command> resealCommand(CLI::App& app);
 std::unique_ptr<Command> summaryCommand(CLI::App& app);
 std::unique_ptr<Command> showCommand(CLI::App& app);

@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 
 namespace Tool {
@@ -21,34 +22,60 @@ public:
 
 } // namespace
 
-void addBackupOption(CLI::App& command, std::optional<std::string>& backup) {
+void addWriteOptions(CLI::App& command, Travik::WriteOptions& options) {
     command
-        .add_flag("--backup{}", backup,
+        .add_flag("--backup{}", options.backup,
                   "Keep the file that is replaced, as FILE or as its own name and ~, ~2 ...; no file is overwritten")
         ->option_text("[=FILE]");
+    command.add_flag("--in-place", options.inPlace,
+                     "Write into the file itself, as for a device node, the bytes that differ and no others; its size "
+                     "stays; needs --backup FILE");
     command.formatter(std::make_shared<WithoutDefaults>());
+    command.callback([&options] {
+        if (options.inPlace && options.backup.value_or("").empty())
+            throw CLI::ValidationError("--in-place", "needs --backup FILE, a file for the old image");
+    });
+}
+
+void joinBackupFile(std::vector<std::string>& arguments) {
+    const auto end = std::find(arguments.begin(), arguments.end(), "--");
+    if (std::find(arguments.begin(), end, "--in-place") == end)
+        return;
+    const auto option = std::find(arguments.begin(), end, "--backup");
+    if (option == end || option + 1 == end || option[1].starts_with('-'))
+        return;
+    *option += '=' + option[1];
+    arguments.erase(option + 1);
 }
 
 Travik::WriteReport writeImage(const std::string& path, std::span<const char> bytes,
                                const Travik::WriteOptions& options) {
     if (path == "-" && ::isatty(STDOUT_FILENO) == 1)
-        return {.error = "is a terminal, which no image is written to", .warnings = {}, .backup = {}};
+        return {.error = "is a terminal, which no image is written to"};
+    if (path == "-" && options.inPlace)
+        return {.error = "cannot be written in place"};
     return Travik::writeImageFile(path, bytes, options);
 }
 
 bool reportWriting(const std::string& path, const Travik::WriteReport& report) {
     if (!report.succeeded())
-        std::cerr << "datablock: " << InLine{path == "-" ? "standard output" : path} << ": " << report.error << '\n';
+        std::cerr << "datablock: " << InLine{path == "-" ? "standard output" : path} << ": " << report.error
+                  << (report.wouldDoInPlace ? ", use --in-place --backup FILE\n" : "\n");
     for (const std::string& warning : report.warnings)
         std::cerr << InLine{path} << ": " << InLine{warning} << '\n';
     return report.succeeded();
+}
+
+void tellBackup(const std::string& path, const Travik::WriteReport& report) {
+    if (!report.backup.empty())
+        std::cerr << InLine{path} << ": the old image is kept as " << InLine{report.backup} << '\n';
 }
 
 void addUpdateOptions(CLI::App& command, UpdateOptions& options, const std::string& dryRunHelp) {
     command.add_option("-o,--output", options.output, "Image to write instead of IMAGE; - is standard output")
         ->type_name("OUT");
     command.add_flag("--dry-run", options.dryRun, dryRunHelp);
-    addBackupOption(command, options.backup);
+    addWriteOptions(command, options.write);
 }
 
 ImageUpdate::ImageUpdate(const UpdateOptions& options)
@@ -74,9 +101,9 @@ bool ImageUpdate::commit() {
         return true;
     if (edit_) {
         edit_->bytes() = image_->bytes;
-        report_ = edit_->commit({.backup = options_.backup});
+        report_ = edit_->commit(options_.write);
     } else {
-        report_ = writeImage(path_, image_->bytes, {.backup = options_.backup});
+        report_ = writeImage(path_, image_->bytes, options_.write);
     }
     return reportWriting(path_, report_);
 }
@@ -87,11 +114,6 @@ void ImageUpdate::endSummary() const {
     if (!report_.backup.empty())
         std::cerr << ", the old image is kept as " << InLine{report_.backup};
     std::cerr << '\n';
-}
-
-void ImageUpdate::tellBackup() const {
-    if (!report_.backup.empty())
-        std::cerr << InLine{target()} << ": the old image is kept as " << InLine{report_.backup} << '\n';
 }
 
 } // namespace Tool

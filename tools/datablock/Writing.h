@@ -9,12 +9,17 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 /// What the subcommands that write images share.
 namespace Tool {
 
-/// Declares "--backup[=FILE]"; without FILE the text is empty.
-void addBackupOption(CLI::App& command, std::optional<std::string>& backup);
+/// Declares "--backup[=FILE]", without FILE the text is empty, and "--in-place", which needs one.
+void addWriteOptions(CLI::App& command, Travik::WriteOptions& options);
+
+/// "--backup FILE" as "--backup=FILE" where "--in-place" is among the arguments: there FILE has to follow, elsewhere
+/// what follows may be something else.
+void joinBackupFile(std::vector<std::string>& arguments);
 
 /// Writes an image to a file or to standard output ("-"), which must not be a terminal.
 Travik::WriteReport writeImage(const std::string& path, std::span<const char> bytes,
@@ -22,15 +27,17 @@ Travik::WriteReport writeImage(const std::string& path, std::span<const char> by
 
 /// Writes to standard error what came of writing the file; false where it was not written.
 bool reportWriting(const std::string& path, const Travik::WriteReport& report);
+/// Tells in a line of its own where the old image is kept, if it is.
+void tellBackup(const std::string& path, const Travik::WriteReport& report);
 
 /// What every command that changes an image takes; the image it declares itself.
 struct UpdateOptions {
     std::string image;  ///< "-" is standard input
     std::string output; ///< "-" is standard output; empty: the image itself
-    std::optional<std::string> backup;
+    Travik::WriteOptions write;
     bool dryRun = false;
 };
-/// Declares "--output", "--dry-run" and "--backup".
+/// Declares "--output", "--dry-run", "--backup" and "--in-place".
 void addUpdateOptions(CLI::App& command, UpdateOptions& options, const std::string& dryRunHelp);
 
 /// An image from its reading to its writing, the one way of every command that changes one. One that is replaced is
@@ -48,8 +55,8 @@ public:
     const std::string& target() const;
     /// Ends the line of a summary with where the old image is kept.
     void endSummary() const;
-    /// Tells that in a line of its own, where it is kept.
-    void tellBackup() const;
+    /// Tells that in a line of its own.
+    void tellBackup() const { Tool::tellBackup(target(), report_); }
 
 private:
     const UpdateOptions& options_;

@@ -1,6 +1,7 @@
 #include <travik/datablock/Bytes.h>
 #include <travik/datablock/Checksum.h>
 #include <travik/registry/Capacity.h>
+#include <travik/service/BlockAddress.h>
 #include <travik/service/ImageChange.h>
 #include <travik/service/Seal.h>
 #include <travik/service/StoreValue.h>
@@ -23,31 +24,11 @@ constexpr std::size_t smallestUnread = 0x8000; // from here on no class sums
 
 /// A whole number without sign that is all of the text.
 template <class T>
-std::optional<T> wholeText(std::string_view text, int base = 10) {
+std::optional<T> wholeText(std::string_view text) {
     T number = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
     return end.ec == std::errc() && end.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
-
-std::optional<std::size_t> offsetText(std::string_view text) {
-    const bool isHex = text.starts_with("0x") || text.starts_with("0X");
-    return wholeText<std::size_t>(isHex ? text.substr(2) : text, isHex ? 16 : 10);
-}
-
-std::string blockName(const ImageBlock& block) {
-    const std::string key = toUtf8(keyOf(block));
-    return key.empty() ? std::to_string(block.id) : key;
-}
-
-/// Whether the block's end is beyond doubt: the sums are those of these bytes.
-bool isPlaced(const ImageBlock& block) {
-    const bool isVouchedFor = block.checksumHolds && block.checksumChecked;
-    const bool isDoubtful = block.findings.has(Finding::WrongSize) || block.findings.has(Finding::OddSize);
-    return block.isEnd() ? block.endsKnown
-                         : block.endsKnown && block.sizeWord == block.bytes.size() && (isVouchedFor || !isDoubtful);
-}
-
-bool isSealed(const ImageBlock& block) { return block.checksumHolds && !block.findings.has(Finding::WrongCrc); }
 
 /// Makes the sums of a block's changed bytes right, as they were before. A word that nobody checks stays.
 void seal(std::span<char> bytes, const ImageBlock& before) {
@@ -114,16 +95,6 @@ std::string storeNumber(std::span<char> block, const Field& field, unsigned int 
     if (outcome == StoreOutcome::OutOfRange && areStored && !field.isFloating() && std::nearbyint(number) != number)
         return "not a whole number, as the field stores them";
     return describeOutcome(outcome, field);
-}
-
-/// "block 15716 at 12, block 15717 at 300", not all of very many.
-std::string places(const std::vector<const ImageBlock*>& blocks) {
-    constexpr std::size_t most = 8;
-    std::string text;
-    for (const ImageBlock* const block : std::span(blocks).first(std::min(most, blocks.size())))
-        text += (text.empty() ? "block " : ", block ") + std::to_string(block->id) + " at offset " +
-                std::to_string(block->offset);
-    return blocks.size() > most ? text + " and " + std::to_string(blocks.size() - most) + " more" : text;
 }
 
 /// Takes assignment after assignment.
@@ -229,12 +200,12 @@ private:
         if (assignment.offset) {
             const auto at = std::ranges::find(called, *assignment.offset, &ImageBlock::offset);
             if (at == called.end())
-                return "not there, but " + places(called);
+                return "not there, but " + placesOf(called);
             found = *at;
             return {};
         }
         found = called.front();
-        return called.size() == 1 ? "" : "more than one block: " + places(called);
+        return called.size() == 1 ? "" : "more than one block: " + placesOf(called);
     }
 
     Touched begin(const ImageBlock& block) const { return {&block, values_.read(block)}; }
@@ -377,15 +348,13 @@ Assignment parseAssignment(std::string_view text) {
     result.value = text.substr(equals + 1);
     const std::string_view name = result.name;
     const std::size_t dot = name.find('.');
-    const std::size_t at = name.substr(0, dot).find('@');
-    if (dot == std::string_view::npos || dot == 0 || at == 0)
+    if (dot == std::string_view::npos || dot == 0 || name.front() == '@')
         return refuse("takes KEY.FIELD before the \"=\"");
-    result.block = name.substr(0, std::min(at, dot));
-    if (at != std::string_view::npos) {
-        result.offset = offsetText(name.substr(at + 1, dot - at - 1));
-        if (!result.offset)
-            return refuse("takes a number of bytes behind the \"@\"");
-    }
+    BlockAddress block = parseBlockAddress(name.substr(0, dot));
+    if (!block.error.empty())
+        return refuse(std::move(block.error));
+    result.block = std::move(block.key);
+    result.offset = block.offset;
     std::string_view rest = name.substr(dot + 1);
     const std::size_t bracket = std::min(rest.find('['), rest.size());
     result.field = rest.substr(0, bracket);
@@ -438,7 +407,7 @@ ResealReport resealImage(std::vector<char>& image, const BlockSelector& selector
             bytes::store(bytes, checksumAt, std::uint16_t{0});
         const auto tell = [&](Sum sum, std::uint32_t before, std::uint32_t after) {
             if (before != after)
-                report.changes.push_back({blockName(block), block.offset, sum, before, after});
+                report.changes.push_back({nameOf(block), block.offset, sum, before, after});
         };
         const auto tellWord = [&](Sum sum, std::size_t at) {
             tell(sum, bytes::load<std::uint16_t>(block.bytes, at), bytes::load<std::uint16_t>(bytes, at));

@@ -2,8 +2,10 @@
 #include "files/Rights.h"
 
 #include <travik/service/ImageWriter.h>
+#include <travik/service/InPlaceWriter.h>
 
 #include <fcntl.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,33 +23,49 @@ namespace {
 constexpr mode_t ownerOnly = 0600; // until it has the rights of what it replaces
 constexpr mode_t newFileMode = 0666;
 constexpr int attemptsLimit = 100;
+constexpr const char* changedByOthers = "was changed by another program, which did not ask whether it may";
 
-std::string folderError() {
-    const bool denied = errno == EACCES || errno == EPERM || errno == EROFS;
-    return denied ? "nothing can be written beside it: " + errorText() : errorText();
-}
+bool isDenied() { return errno == EACCES || errno == EPERM || errno == EROFS; }
+
+std::string folderError() { return isDenied() ? "nothing can be written beside it: " + errorText() : errorText(); }
 
 /// Brings the bytes to the disk.
 bool fill(const NewFile& file, std::span<const char> bytes) {
     return files::writeAll(file.descriptor(), bytes) && ::fsync(file.descriptor()) == 0;
 }
 
-/// Writes those bytes that differ, in ascending order, and reads all of them back. The file is `from` before.
-bool overwrite(int file, std::span<const char> from, std::span<const char> to) {
-    const auto differs = [&](std::size_t at) { return at >= from.size() || from[at] != to[at]; };
-    for (std::size_t begin = 0; begin < to.size();) {
-        std::size_t end = begin;
-        while (end < to.size() && differs(end))
-            ++end;
-        if (end > begin && !files::writeAllAt(file, begin, to.subspan(begin, end - begin)))
-            return false;
-        begin = end + 1; // which does not differ, or is behind the last
+/// An open file as what it is written to in place.
+class FileDevice : public ByteDevice {
+public:
+    explicit FileDevice(int file) : file_(file) {}
+
+    std::ptrdiff_t readAt(std::size_t offset, std::span<char> bytes) override {
+        const ssize_t count = ::pread(file_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        return count < 0 ? -errno : count;
     }
-    if (::ftruncate(file, static_cast<off_t>(to.size())) != 0 || ::fsync(file) != 0 || ::lseek(file, 0, SEEK_SET) != 0)
-        return false;
-    std::vector<char> back;
-    errno = EIO;
-    return files::readAll(file, back).empty() && std::ranges::equal(back, to);
+    std::ptrdiff_t writeAt(std::size_t offset, std::span<const char> bytes) override {
+        return files::writeAllAt(file_, offset, bytes) ? static_cast<std::ptrdiff_t>(bytes.size()) : -errno;
+    }
+    int sync() override {
+        // A node that has nothing to be synced says EINVAL.
+        if (::fsync(file_) != 0 && errno != EINVAL)
+            return -errno;
+        ::posix_fadvise(file_, 0, 0, POSIX_FADV_DONTNEED); // a block device is read back itself, not its cache
+        return 0;
+    }
+
+private:
+    int file_;
+};
+
+std::string whyNoPlainFile(const struct stat& status) {
+    constexpr unsigned int memoryTechnologyDevice = 90;
+    if (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode))
+        return {};
+    if (S_ISCHR(status.st_mode) && major(status.st_rdev) == memoryTechnologyDevice)
+        return "a character device of a flash, which has to be erased before it is written: use its block device "
+               "(mtdblock)";
+    return "not a plain file, not replaced";
 }
 
 } // namespace
@@ -61,29 +79,37 @@ struct ImageEdit::State {
     std::vector<char> bytes;
 
     void open(const std::string& path, unsigned int milliseconds);
-    std::string openFile(const std::string& path);
     WriteReport commit(const WriteOptions& options);
 
 private:
+    bool isTouched = false; // whether anything was written in place
+
+    bool isDevice() const { return S_ISBLK(status.st_mode); }
+    bool isSameSize() const { return bytes.size() == original.size(); }
+    std::string openFile(const std::string& path);
     bool isWhatWasRead() const;
+    std::string whyNot(const WriteOptions& options, WriteReport& report) const;
     std::string keepOld(const std::string& wanted, WriteReport& report, Place& backup) const;
-    std::string put(WriteReport& report) const;
-    std::string putInPlace(WriteReport& report) const;
+    std::string put(const WriteOptions& options, WriteReport& report);
+    std::string replace(WriteReport& report);
+    std::string putInPlace(const std::string& backup);
 };
 
 std::string ImageEdit::State::openFile(const std::string& path) {
     // What a link of the process's own leads to ("/dev/stdout") may have no place that it could be renamed to.
-    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-        return "not a plain file, not replaced";
+    if (::stat(path.c_str(), &status) == 0 && !whyNoPlainFile(status).empty())
+        return whyNoPlainFile(status);
     place = Place();
     if (std::string why = place.find(path); !why.empty())
         return why;
     if (!place.status(status))
         return errorText();
-    if (!S_ISREG(status.st_mode))
-        return "not a plain file, not replaced";
-    // Open for writing, which nobody will do: who may not, may not replace it either.
-    file = Descriptor(::openat(place.folder(), place.name().c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (std::string why = whyNoPlainFile(status); !why.empty())
+        return why;
+    // Open for writing, which nobody may ever do: who may not, may not replace it either. A device is nobody else's.
+    const int ownDevice = isDevice() ? O_EXCL : 0;
+    file = Descriptor(
+        ::openat(place.folder(), place.name().c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | ownDevice));
     return file < 0 ? "cannot be written: " + errorText() : "";
 }
 
@@ -122,8 +148,10 @@ std::string ImageEdit::State::keepOld(const std::string& wanted, WriteReport& re
         else if (const std::string why = backup.find(wanted); !why.empty())
             return failed(why);
         NewFile copy(backup);
-        if (!copy.create(ownerOnly))
+        if (!copy.create(ownerOnly)) {
+            report.wouldDoInPlace = wanted.empty() && isDenied() && isSameSize();
             return failed(folderError());
+        }
         if (const std::string why = files::copyRights(file, status, copy.descriptor(), report.warnings); !why.empty())
             return failed(why);
         if (fill(copy, original) && copy.add()) {
@@ -137,47 +165,88 @@ std::string ImageEdit::State::keepOld(const std::string& wanted, WriteReport& re
     return failed(errorText(EEXIST));
 }
 
-std::string ImageEdit::State::putInPlace(WriteReport& report) const {
-    if (report.backup.empty())
-        return "cannot be replaced, only written in place, which asks for a backup: " + errorText();
-    const files::HeldSignals held;
-    if (!overwrite(file, original, bytes)) {
-        std::string why = errorText();
-        if (isWhatWasRead())
-            return why;
-        files::writeAllAt(file, 0, original);
-        overwrite(file, original, original); // whose length is right then, too
-        return why + (isWhatWasRead() ? "; the old bytes were written back"
-                                      : "; the old bytes could not be written back, they are in " + report.backup);
+/// What keeps the options from being followed, whatever the bytes are.
+std::string ImageEdit::State::whyNot(const WriteOptions& options, WriteReport& report) const {
+    if (!options.inPlace) {
+        report.wouldDoInPlace = isDevice() && isSameSize();
+        return isDevice() ? "a device, which cannot be replaced, only written in place" : "";
     }
-    report.warnings.emplace_back("cannot be replaced, was written in place");
-    return {};
+    if (!options.backup || options.backup->empty())
+        return "is written in place only with a backup that is named";
+    return bytes.size() == original.size()
+               ? ""
+               : "has " + std::to_string(original.size()) + " bytes, is not written in place with an image of " +
+                     std::to_string(bytes.size());
 }
 
-std::string ImageEdit::State::put(WriteReport& report) const {
+/// Writes the bytes into the file itself. Only a plain one takes another size.
+std::string ImageEdit::State::putInPlace(const std::string& backup) {
+    const files::HeldSignals held;
+    const auto resize = [&](std::size_t size) { return ::ftruncate(file, static_cast<off_t>(size)) == 0; };
+    const bool isResized = !isSameSize();
+    // Where the sizes differ, what is compared is as long as the longer, and the end is cut off or left as it is.
+    std::vector<char> from = original;
+    from.resize(std::max(original.size(), bytes.size()));
+    std::vector<char> to = bytes;
+    to.insert(to.end(), from.begin() + static_cast<std::ptrdiff_t>(bytes.size()), from.end());
+    isTouched = true;
+    if (isResized && !resize(from.size()))
+        return errorText();
+    FileDevice device(file);
+    std::string why = writeInPlace(device, from, to).error;
+    if (why.empty() && isResized && (!resize(bytes.size()) || device.sync() != 0))
+        why = "cannot be cut off: " + errorText();
+    if (why.empty())
+        return {};
+    if (isResized && !resize(original.size()))
+        why += "; its size is not what it was";
+    return why + "; the old bytes are in " + backup;
+}
+
+std::string ImageEdit::State::replace(WriteReport& report) {
     NewFile made(place);
-    if (!made.create(ownerOnly))
+    if (!made.create(ownerOnly)) {
+        report.wouldDoInPlace = isDenied() && isSameSize();
         return folderError();
+    }
     if (std::string why = files::copyRights(file, status, made.descriptor(), report.warnings); !why.empty())
         return why;
     if (!fill(made, bytes))
         return errorText();
     if (!isWhatWasRead())
-        return "was changed by another program, which did not ask whether it may";
-    if (!made.replace())
-        return errno == EBUSY || errno == EXDEV ? putInPlace(report) : folderError();
-    place.sync();
-    if (status.st_nlink > 1)
-        report.warnings.push_back("has " + std::to_string(status.st_nlink - 1) +
-                                  (status.st_nlink == 2 ? " other hard link, which keeps the old contents"
-                                                        : " other hard links, which keep the old contents"));
-    return {};
+        return changedByOthers;
+    if (made.replace()) {
+        place.sync();
+        if (status.st_nlink > 1)
+            report.warnings.push_back("has " + std::to_string(status.st_nlink - 1) +
+                                      (status.st_nlink == 2 ? " other hard link, which keeps the old contents"
+                                                            : " other hard links, which keep the old contents"));
+        return {};
+    }
+    if (errno != EBUSY && errno != EXDEV)
+        return folderError();
+    if (report.backup.empty()) {
+        report.wouldDoInPlace = isSameSize();
+        return "cannot be replaced, only written in place, which asks for a backup: " + errorText();
+    }
+    std::string why = putInPlace(report.backup);
+    if (why.empty())
+        report.warnings.emplace_back("cannot be replaced, was written in place");
+    return why;
+}
+
+std::string ImageEdit::State::put(const WriteOptions& options, WriteReport& report) {
+    if (!options.inPlace)
+        return replace(report);
+    return isWhatWasRead() ? putInPlace(report.backup) : changedByOthers;
 }
 
 WriteReport ImageEdit::State::commit(const WriteOptions& options) {
     WriteReport report;
     report.error = error;
-    if (!error.empty() || bytes == original)
+    if (report.error.empty())
+        report.error = whyNot(options, report);
+    if (!report.error.empty() || bytes == original)
         return report;
     Place backup;
     if (options.backup)
@@ -185,9 +254,9 @@ WriteReport ImageEdit::State::commit(const WriteOptions& options) {
     // The same warnings would come of the file itself.
     if (report.error.empty()) {
         report.warnings.clear();
-        report.error = put(report);
+        report.error = put(options, report);
     }
-    if (!report.error.empty() && !report.backup.empty() && isWhatWasRead()) {
+    if (!report.error.empty() && !report.backup.empty() && !isTouched && isWhatWasRead()) {
         ::unlinkat(backup.folder(), backup.name().c_str(), 0);
         report.backup.clear();
     }
@@ -215,7 +284,7 @@ WriteReport ImageEdit::commit(const WriteOptions& options) {
 
 WriteReport writeImageFile(const std::string& path, std::span<const char> bytes, const WriteOptions& options) {
     if (path == "-")
-        return {.error = files::writeAll(STDOUT_FILENO, bytes) ? "" : errorText(), .warnings = {}, .backup = {}};
+        return {.error = files::writeAll(STDOUT_FILENO, bytes) ? "" : errorText()};
     for (int attempt = 0; attempt < attemptsLimit; ++attempt) {
         struct stat status {};
         if (::stat(path.c_str(), &status) == 0) {
@@ -223,20 +292,22 @@ WriteReport writeImageFile(const std::string& path, std::span<const char> bytes,
             edit.bytes().assign(bytes.begin(), bytes.end());
             return edit.commit(options);
         }
+        if (options.inPlace)
+            return {.error = "nothing is there to be written in place: " + errorText()};
         Place place;
         if (std::string why = place.find(path); !why.empty())
-            return {.error = std::move(why), .warnings = {}, .backup = {}};
+            return {.error = std::move(why)};
         NewFile made(place);
         if (!made.create(newFileMode))
-            return {.error = errorText(), .warnings = {}, .backup = {}};
+            return {.error = errorText()};
         if (fill(made, bytes) && made.add()) {
             place.sync();
             return {};
         }
         if (errno != EEXIST) // another came first: it is replaced
-            return {.error = errorText(), .warnings = {}, .backup = {}};
+            return {.error = errorText()};
     }
-    return {.error = "comes and goes", .warnings = {}, .backup = {}};
+    return {.error = "comes and goes"};
 }
 
 bool isSameFile(const std::string& path, const std::string& other) {

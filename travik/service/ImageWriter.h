@@ -23,8 +23,9 @@
 /// - A file that the caller may not write is not replaced, even where he may write its folder.
 /// - Nothing half-written stays. A process that is killed in the very moment of the rename may leave a file
 ///   ".datablock-<16 digits>.tmp"; the next writer of the same image removes it.
-/// - A file that is a mount point of its own cannot be renamed over. It is written in place, its old bytes safe in a
-///   backup first; without a backup that is refused.
+/// - What cannot be renamed over, the node of a block device or a file under /sys, is written in place if that is asked
+///   for, its old bytes safe in a backup first (see `WriteOptions::inPlace`). A file that is a mount point of its own
+///   is without being asked for, if there is a backup. A process that is killed meanwhile leaves the backup.
 ///
 /// Nothing is printed. All functions may be used from several threads, one object from one at a time.
 namespace Travik {
@@ -33,18 +34,28 @@ struct WriteOptions {
     /// Keeps the old bytes, on the disk before the new ones are: the file to be made, which must not exist, or "" for
     /// the image's own path with a "~", or with "~2", "~3" ... where that exists. It gets the rights of the image.
     std::optional<std::string> backup{};
+    /// Writes the bytes that differ into the file or the device itself, as `writeInPlace` does, once the old ones are
+    /// in the backup, which has to be named. The size must be the one that is there. Hard links see the new bytes, too.
+    /// A backup stays once a byte was written, even if the old bytes were written back.
+    bool inPlace = false;
 };
 
 /// What came of a writing.
 struct WriteReport {
-    std::string error;                 ///< empty when the file holds the new bytes; else why it holds the old ones
-    std::vector<std::string> warnings; ///< each a line, without the name of the file
-    std::string backup;                ///< the file that holds the old bytes; empty where there is none
+    /// Empty when the file holds the new bytes; else why it does not. Then it holds the old ones, unless it was written
+    /// in place and they could not be written back, which is said.
+    std::string error{};
+    std::vector<std::string> warnings{}; ///< each a line, without the name of the file
+    std::string backup{};                ///< the file that holds the old bytes; empty where there is none
+    /// After a failure: whether the file cannot be replaced, but might be written in place.
+    bool wouldDoInPlace = false;
 
     bool succeeded() const { return error.empty(); }
 };
 
-/// An image file while it is being changed: locked and read by the constructor, let go by the destructor.
+/// An image file while it is being changed: locked and read by the constructor, let go by the destructor. It may be the
+/// node of a block device that nobody else has open, which is written in place only. Character devices are refused:
+/// flash would have to be erased first.
 ///
 ///     ImageEdit edit(path);
 ///     if (edit.error().empty()) {

@@ -46,7 +46,9 @@ bool writeInPieces(std::span<const char> bytes, Write write) {
     errno = 0;
     while (!bytes.empty()) {
         const ssize_t count = write(bytes);
-        if (count < 0 && errno != EINTR)
+        if (count == 0)
+            errno = EIO; // nothing was written, and nothing would be
+        if (count <= 0 && errno != EINTR)
             return false;
         bytes = bytes.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
