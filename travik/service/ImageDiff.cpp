@@ -176,6 +176,13 @@ public:
             bytes[i] &= static_cast<unsigned char>(~(bits >> (8 * i)));
     }
 
+    /// Not told after all: as it was.
+    void untell(std::size_t offset, std::size_t length) {
+        std::ranges::transform(bytes::part(before_, offset, length), bytes::part(after_, offset, length),
+                               part(offset, length).begin(),
+                               [](char one, char other) { return static_cast<unsigned char>(one ^ other); });
+    }
+
     /// Bytes that are left, each run as one.
     void appendTo(std::vector<BytesDiff>& list) const {
         for (std::size_t i = 0; i < bits_.size();) {
@@ -288,6 +295,7 @@ private:
     bool isSameLayout_ = true;
     bool hasCrc_ = false;
     bool hasFiller_ = false;
+    std::size_t crcEnd_ = 0; // behind what the CRC-32 decides; 0: there is none
 
     void findLayouts() {
         SharedLayout before = context_.layouts.of(before_);
@@ -320,15 +328,19 @@ private:
         const SumWords after(after_);
         hasCrc_ = before.hasCrc && after.hasCrc;
         hasFiller_ = hasCrc_ && before.fillerAt != 0 && before.fillerAt == after.fillerAt;
-        if (hasCrc_)
-            compareWord<std::uint32_t>(HeaderWord::Crc32, crcAt);
-        if (hasFiller_)
-            compareWord<std::uint16_t>(HeaderWord::Filler, before.fillerAt);
+        if (!hasCrc_)
+            return;
+        crcEnd_ = crcAt + sizeof(std::uint32_t);
+        compareWord<std::uint32_t>(HeaderWord::Crc32, crcAt);
+        if (!hasFiller_)
+            return;
+        compareWord<std::uint16_t>(HeaderWord::Filler, before.fillerAt);
+        // Then the upper half is the update index, which the filler keeps: a value like others.
+        crcEnd_ -= sizeof(std::uint16_t);
+        untold_.untell(crcEnd_, sizeof(std::uint16_t));
     }
 
-    bool isSum(std::size_t offset, std::size_t width) const {
-        return hasCrc_ && offset < crcAt + sizeof(std::uint32_t) && offset + width > crcAt;
-    }
+    bool isSum(std::size_t offset, std::size_t width) const { return offset < crcEnd_ && offset + width > crcAt; }
 
     // Fields at the same place in both blocks.
     void compareField(const Field& field) {
@@ -456,13 +468,11 @@ private:
         ElementDiff element;
         element.index = index;
         const auto read = [&](const Field* field, const ImageBlock& block, bool& isThere, double& value) {
-            isThere = field && hasElement(*field, index, block.bytes.size());
-            if (!isThere)
-                return std::span<const char>();
-            const std::size_t offset = offsetOf(*field, index);
-            if (field->stored != Stored::Text)
-                value = fieldValue(block.bytes, elementOf(*field, offset));
-            return block.bytes.subspan(offset, field->width);
+            const std::span<const char> stored = elementBytes(block, field, index);
+            isThere = !stored.empty();
+            if (isThere && field->stored != Stored::Text)
+                value = fieldValue(stored, elementOf(*field));
+            return stored;
         };
         const std::span<const char> before = read(diff.before, before_, element.isInBefore, element.before);
         const std::span<const char> after = read(diff.after, after_, element.isInAfter, element.after);
@@ -522,8 +532,7 @@ private:
             switch (word.word) {
             case HeaderWord::Checksum:
                 return sumOf(before_) == sumOf(after_);
-            case HeaderWord::Crc32: // where it can keep the update index, another one is another index
-                return holdCrcs && (!hasFiller_ || word.before >> 16U == word.after >> 16U);
+            case HeaderWord::Crc32:
             case HeaderWord::Filler:
                 return holdCrcs;
             case HeaderWord::Size:
@@ -643,19 +652,26 @@ ImageDiff::ImageDiff(std::span<const char> before, std::span<const char> after, 
         Untold(before.subspan(before_.end()), after.subspan(after_.end())).appendTo(rest_);
 }
 
-std::string elementText(const ImageBlock& block, const Field* field, std::span<const unsigned int> index) {
+std::span<const char> elementBytes(const ImageBlock& block, const Field* field, std::span<const unsigned int> index) {
     if (!field || !hasElement(*field, index, block.bytes.size()))
         return {};
-    const Field element = elementOf(*field, offsetOf(*field, index));
+    return block.bytes.subspan(offsetOf(*field, index), field->width);
+}
+
+std::string elementText(const ImageBlock& block, const Field* field, std::span<const unsigned int> index) {
+    const std::span<const char> stored = elementBytes(block, field, index);
+    if (stored.empty())
+        return {};
+    const Field element = elementOf(*field);
     if (element.stored == Stored::Text)
-        return toUtf8(bytes::text(block.bytes, element.offset, element.width));
-    const double number = fieldValue(block.bytes, element);
+        return toUtf8(bytes::text(stored, 0, stored.size()));
+    const double number = fieldValue(stored, element);
     if (element.role == Role::Date && number >= 0 && number <= 0xFFFF) {
         if (std::string date = dateText(static_cast<unsigned int>(number)); !date.empty())
             return date;
     }
     const bool isWide = element.bits == 0 && (element.stored == Stored::U64 || element.stored == Stored::I64);
-    return isWide && isPlainInteger(element) ? storedText(block.bytes, element, 0) : NumberFormat(element).text(number);
+    return isWide && isPlainInteger(element) ? storedText(stored, element, 0) : NumberFormat(element).text(number);
 }
 
 } // namespace Travik

@@ -154,6 +154,12 @@ public:
         ImageDiff(Before&& before, After&& after, const DiffOptions& options = {})
     = delete;
 
+    ImageDiff(ImageDiff&&) = default;
+    ImageDiff& operator=(ImageDiff&&) = default;
+    ImageDiff(const ImageDiff&) = delete; // what differs points into the images
+    ImageDiff& operator=(const ImageDiff&) = delete;
+    ~ImageDiff() = default;
+
     /// Whether nothing differs.
     bool isSame() const { return blocks_.empty() && rest_.empty(); }
 
@@ -184,5 +190,8 @@ private:
 /// where the block has no such element.
 TRAVIK_SERVICE_EXPORT std::string elementText(const ImageBlock& block, const Field* field,
                                               std::span<const unsigned int> index);
+/// Its bytes as they are stored; none where the block has no such element.
+TRAVIK_SERVICE_EXPORT std::span<const char> elementBytes(const ImageBlock& block, const Field* field,
+                                                         std::span<const unsigned int> index);
 
 } // namespace Travik
