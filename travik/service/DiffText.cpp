@@ -283,8 +283,12 @@ private:
 
     void table(const BlockDiff& block, const FieldDiff& field) {
         const std::vector<ElementDiff>& elements = field.elements;
-        const auto isInBoth = [](const ElementDiff& element) { return element.isInBefore && element.isInAfter; };
-        const auto both = static_cast<std::size_t>(std::ranges::count_if(elements, isInBoth));
+        std::size_t both = 0;
+        std::size_t onlyBefore = 0;
+        for (const ElementDiff& element : elements) {
+            both += element.isInBefore && element.isInAfter ? 1 : 0;
+            onlyBefore += element.isInAfter ? 0 : 1;
+        }
         std::string text = escaped(field.name()) + "  ";
         if (both > 0) {
             text += std::to_string(both) + " of " + std::to_string(field.field().elements()) + " changed";
@@ -292,42 +296,51 @@ private:
                 text += withUnit(", largest " + roundText(field.largest) + ", mean " + roundText(field.mean),
                                  field.field());
         }
-        const auto onlyIn = [&](bool ElementDiff::*isThere, const std::string& name) {
-            const auto count = static_cast<std::size_t>(std::ranges::count_if(
-                elements, [&](const ElementDiff& element) { return !isInBoth(element) && element.*isThere; }));
+        const auto onlyIn = [&](std::size_t count, const std::string& name) {
             if (count > 0)
                 text += (text.ends_with("  ") ? "" : ", ") + std::to_string(count) + " only in " + name;
         };
-        onlyIn(&ElementDiff::isInBefore, names_.before);
-        onlyIn(&ElementDiff::isInAfter, names_.after);
+        onlyIn(onlyBefore, names_.before);
+        onlyIn(elements.size() - both - onlyBefore, names_.after);
         line(text, 2);
         list(block, field);
+    }
+
+    // What is no number is beyond any size; what is there only once comes last.
+    static double rank(const ElementDiff& element) {
+        if (std::isfinite(element.difference))
+            return -std::abs(element.difference);
+        return element.isInBefore && element.isInAfter ? -std::numeric_limits<double>::infinity() : 1;
     }
 
     // In the order of the table; of many the largest first, and what only one image has is counted above.
     void list(const BlockDiff& block, const FieldDiff& field) {
         const bool isLong = field.elements.size() > longTable;
-        std::vector<const ElementDiff*> order;
+        std::vector<std::pair<double, const ElementDiff*>> order;
+        const bool isCut = isLong && !options_.isWhole;
+        std::size_t count = 0;
         for (const ElementDiff& element : field.elements) {
-            if (options_.isWhole || !isLong || (element.isInBefore && element.isInAfter))
-                order.push_back(&element);
+            if (isCut && !(element.isInBefore && element.isInAfter))
+                continue;
+            ++count;
+            const std::pair<double, const ElementDiff*> next(isLong ? rank(element) : 0, &element);
+            if (isCut && order.size() == mostElements) { // a heap of the largest so far
+                if (!(next < order.front()))
+                    continue;
+                std::ranges::pop_heap(order);
+                order.back() = next;
+                std::ranges::push_heap(order);
+            } else {
+                order.push_back(next);
+                if (isCut)
+                    std::ranges::push_heap(order);
+            }
         }
-        const std::size_t shown = isLong && !options_.isWhole ? std::min(mostElements, order.size()) : order.size();
-        if (isLong) {
-            // What is no number is beyond any size; what is there only once comes last.
-            const auto rank = [](const ElementDiff* element) {
-                return std::isfinite(element->difference)          ? -std::abs(element->difference)
-                       : element->isInBefore && element->isInAfter ? -std::numeric_limits<double>::infinity()
-                                                                   : 1.0;
-            };
-            std::partial_sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(shown), order.end(),
-                              [&](const ElementDiff* left, const ElementDiff* right) {
-                                  return std::pair(rank(left), left) < std::pair(rank(right), right);
-                              });
-        }
+        if (isLong)
+            std::ranges::sort(order);
         std::vector<std::string> labels;
         std::size_t width = 0;
-        for (const ElementDiff* const element : std::span(order).first(shown)) {
+        for (const auto& [size, element] : order) {
             std::string label = indexText(field, *element);
             for (unsigned int d = 0; d < field.field().rank; ++d) {
                 const std::string axis = escaped(field.axisText(*element, d));
@@ -336,12 +349,12 @@ private:
             width = std::max(width, columnsOf(label));
             labels.push_back(std::move(label));
         }
-        for (std::size_t i = 0; i < shown; ++i) {
+        for (std::size_t i = 0; i < order.size(); ++i) {
             labels[i].append(width + 2 - columnsOf(labels[i]), ' ');
-            line(labels[i] + change(block, field, *order[i]), 4);
+            line(labels[i] + change(block, field, *order[i].second), 4);
         }
-        if (shown < order.size())
-            line("... and " + std::to_string(order.size() - shown) + " more", 4);
+        if (order.size() < count)
+            line("... and " + std::to_string(count - order.size()) + " more", 4);
     }
 
     static std::size_t sizeOf(const std::vector<BytesDiff>& list) {

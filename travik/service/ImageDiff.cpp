@@ -34,13 +34,6 @@ bool hasElement(const Field& field, std::span<const unsigned int> index, std::si
     return bytes::inside(size, offsetOf(field, index), field.width);
 }
 
-std::size_t elementNumber(const Index& index, std::span<const ValueDimension> dimensions) {
-    std::size_t number = 0;
-    for (std::size_t d = 0; d < dimensions.size(); ++d)
-        number = number * dimensions[d].extent + index[d];
-    return number;
-}
-
 /// Calls the function with the index and the offset of every element that lies wholly inside `size` bytes. What the
 /// bytes do not reach costs nothing, and of rows that lie together those are left out that `skips`, which is given
 /// offset and length of one.
@@ -79,36 +72,107 @@ bool isNumber(const Field& field) {
     return field.stored != Stored::Text && !(field.role == Role::Date && isPlainInteger(field));
 }
 
-/// How much was added to the stored integers, in the unit of the field: exact, and 0.01 for one hundredth.
-double integerDifference(const Field& field, double steps) {
-    const double divisor = std::nearbyint(1.0 / field.scale);
-    const bool divides = std::abs(divisor) > 1 && std::abs(divisor) <= 1000 && 1.0 / divisor == field.scale;
-    return divides ? steps / divisor : steps * field.scale;
-}
+/// Reads the elements of a field of one block.
+class ElementReader {
+public:
+    /// `count`: how many elements will be read. All there are in one go is faster for many.
+    ElementReader(const Field* field, const ImageBlock& block, std::size_t count) : field_(field), block_(block) {
+        if (!field_ || field_->stored == Stored::Text)
+            return;
+        element_ = elementOf(*field_);
+        constexpr std::size_t few = 8;
+        const unsigned int all = field_->elements();
+        if (all > 0 && all / few < count &&
+            bytes::inside(block.bytes.size(), field_->elementOffset(all - 1), field_->width)) {
+            values_.resize(all);
+            fieldValues(block.bytes, *field_, values_);
+        }
+    }
 
-double stepsBetween(std::span<const char> before, std::span<const char> after, const Field& element) {
-    if (element.bits == 0 && (element.stored == Stored::U64 || element.stored == Stored::I64)) {
+    bool has(const Index& index) const { return !values_.empty() || !bytes(index).empty(); }
+    std::span<const char> bytes(const Index& index) const { return elementBytes(block_, field_, index); }
+    /// Of an element that is there; 0 for a text.
+    double value(const Index& index) const {
+        if (field_->stored == Stored::Text)
+            return 0;
+        if (values_.empty())
+            return fieldValue(bytes(index), element_);
+        std::size_t number = 0;
+        for (unsigned int d = 0; d < field_->rank; ++d)
+            number = number * field_->dimensions[d].extent + index[d];
+        return values_[number];
+    }
+
+private:
+    const Field* field_;
+    const ImageBlock& block_;
+    Field element_;
+    std::vector<double> values_;
+};
+
+/// Integers of one field as numbers in its unit, whose difference is exact: 0.01 for one hundredth.
+class Steps {
+public:
+    explicit Steps(const Field& field)
+        : element_(elementOf(field)), plain_(element_), divisor_(std::nearbyint(1.0 / field.scale)),
+          divides_(std::abs(divisor_) > 1 && std::abs(divisor_) <= 1000 && 1.0 / divisor_ == field.scale),
+          isRecovered_(field.width <= 4 && alwaysComesBack(field)) {
+        plain_.scale = 1;
+        plain_.zero = 0;
+    }
+
+    double difference(const ElementDiff& element, const ElementReader& before, const ElementReader& after) const {
+        // Of up to 32 bits the values tell the steps.
+        const double change = element.after - element.before;
+        const double steps = !isRecovered_ ? stepsBetween(before.bytes(element.index), after.bytes(element.index))
+                             : divides_    ? std::nearbyint(change * divisor_)
+                                           : std::nearbyint(change / element_.scale);
+        return divides_ ? steps / divisor_ : steps * element_.scale;
+    }
+
+private:
+    Field element_;
+    Field plain_;
+    double divisor_;
+    bool divides_;
+    bool isRecovered_;
+
+    double stepsBetween(std::span<const char> before, std::span<const char> after) const {
+        if (element_.bits > 0 || (element_.stored != Stored::U64 && element_.stored != Stored::I64))
+            return fieldValue(after, plain_) - fieldValue(before, plain_);
         const auto from = bytes::load<std::uint64_t>(before, 0);
         const auto to = bytes::load<std::uint64_t>(after, 0);
-        const bool isMore =
-            element.stored == Stored::U64 ? to > from : static_cast<std::int64_t>(to) > static_cast<std::int64_t>(from);
+        const bool isMore = element_.stored == Stored::U64
+                                ? to > from
+                                : static_cast<std::int64_t>(to) > static_cast<std::int64_t>(from);
         return isMore ? static_cast<double>(to - from) : -static_cast<double>(from - to);
     }
-    Field plain = element;
-    plain.scale = 1;
-    plain.zero = 0;
-    return fieldValue(after, plain) - fieldValue(before, plain);
-}
+};
 
-/// Where both images have the element at the place, by their bytes.
-double differenceOf(const Field& field, std::span<const char> before, std::span<const char> after,
-                    const ElementDiff& element) {
-    if (!isNumber(field) || !std::isfinite(element.before) || !std::isfinite(element.after))
-        return notANumber;
-    if (field.isFloating() || field.keepsLowest())
-        return element.after - element.before;
-    return integerDifference(field, stepsBetween(before, after, elementOf(field)));
-}
+/// Which elements of a field are in use.
+class UsedPart {
+public:
+    explicit UsedPart(const FieldValues& shape)
+        : shape_(shape),
+          isAll_(shape.usedByRow.empty() && std::ranges::all_of(shape.dimensions, [](const ValueDimension& dimension) {
+                     return dimension.used == dimension.extent;
+                 })) {}
+
+    bool has(const Index& index) const {
+        if (isAll_)
+            return true;
+        for (std::size_t d = 0; d < shape_.dimensions.size(); ++d) {
+            const bool differs = !shape_.usedByRow.empty() && d == shape_.variesIn;
+            if (index[d] >= (differs ? shape_.usedByRow[index[0]] : shape_.dimensions[d].used))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    const FieldValues& shape_;
+    bool isAll_;
+};
 
 /// Decides what a tolerance forgives.
 class Tolerance {
@@ -116,10 +180,12 @@ public:
     explicit Tolerance(const DiffOptions& options)
         : absolute_(options.isValid() ? options.tolerance : 0), relative_(options.isValid() ? options.relative : 0) {}
 
+    bool isTolerant() const { return absolute_ > 0 || relative_ > 0; }
+
+    /// Whether it forgives a difference of two numbers.
     bool forgives(const Field& field, const ElementDiff& element) const {
         // Counts, dates, texts and what nobody knows the meaning of are no measured numbers.
-        if ((absolute_ == 0 && relative_ == 0) || field.stored == Stored::Text ||
-            (field.role != Role::Value && field.role != Role::Axis) || !std::isfinite(element.before) ||
+        if ((field.role != Role::Value && field.role != Role::Axis) || !std::isfinite(element.before) ||
             !std::isfinite(element.after))
             return false;
         const double larger = std::max(std::abs(element.before), std::abs(element.after));
@@ -159,7 +225,15 @@ public:
     }
 
     bool isTold(std::size_t offset, std::size_t length) const {
-        return std::ranges::all_of(part(offset, length), [](unsigned char bits) { return bits == 0; });
+        const std::span<const unsigned char> bits = part(offset, length);
+        if (bits.size() == 1)
+            return bits.front() == 0;
+        if (bits.size() == sizeof(std::uint16_t) || bits.size() == sizeof(std::uint32_t)) { // nearly all
+            std::uint32_t word = 0;
+            std::memcpy(&word, bits.data(), bits.size() == sizeof word ? sizeof word : sizeof(std::uint16_t));
+            return word == 0;
+        }
+        return std::ranges::all_of(bits, [](unsigned char byte) { return byte == 0; });
     }
     bool has(std::size_t offset, std::size_t length, std::uint32_t bits) const {
         const auto bytes = part(offset, length);
@@ -256,6 +330,7 @@ struct Context {
     ImageValues after;
     Tolerance tolerance;
     Layouts layouts;
+    std::vector<Index> taken; // what differs of the field that is being compared
 };
 
 /// Compares two blocks whose bytes are not the same.
@@ -356,35 +431,24 @@ private:
                            if (!differs || isSum(offset, field.width))
                                return;
                            if (field.stored == Stored::Text && bytes::inside(common, offset, field.width))
-                               return compareText(diff, index, offset);
-                           take(diff, index);
-                           if (field.bits > 0)
-                               told_.push_back({offset, field.width, mask});
+                               return compareText(field, index, offset);
+                           take(index);
+                           if (field.bits > 0) // others may have other bits of the word
+                               untold_.tell(offset, field.width, mask);
                            else
                                untold_.tell(offset, field.width);
                        });
-        // Several fields may share the bits of a word, and none tells those of another.
-        for (const Told& told : told_)
-            untold_.tell(told.offset, told.width, told.mask);
-        told_.clear();
         finish(diff);
     }
 
-    struct Told {
-        std::size_t offset;
-        std::size_t width;
-        std::uint32_t mask;
-    };
-    std::vector<Told> told_;
-
     // What stands behind the NUL is no part of the text.
-    void compareText(FieldDiff& diff, const Index& index, std::size_t offset) {
-        const std::size_t width = diff.before->width;
+    void compareText(const Field& field, const Index& index, std::size_t offset) {
+        const std::size_t width = field.width;
         const std::string_view before = bytes::text(before_.bytes, offset, width);
         const std::string_view after = bytes::text(after_.bytes, offset, width);
         if (before == after)
             return;
-        take(diff, index);
+        take(index);
         untold_.tell(offset, std::min(std::max(before.size(), after.size()) + 1, width));
     }
 
@@ -416,13 +480,13 @@ private:
             forEachElement(*before, before_.bytes.size(), all, [&](const Index& index, std::size_t offset) {
                 const bool isThere = hasOther(after, after_, index, before->rank);
                 if (!isSum(offset, before->width) && !(isThere && isSameElement(*before, *after, index)))
-                    take(diff, index);
+                    take(index);
             });
         }
         if (after) {
             forEachElement(*after, after_.bytes.size(), all, [&](const Index& index, std::size_t offset) {
                 if (!isSum(offset, after->width) && !hasOther(before, before_, index, after->rank))
-                    take(diff, index);
+                    take(index);
             });
         }
         finish(diff);
@@ -463,37 +527,61 @@ private:
             differing.appendTo(result_.bytes);
     }
 
-    /// Takes an element down, unless the tolerance forgives it.
-    void take(FieldDiff& diff, const Index& index) {
-        ElementDiff element;
-        element.index = index;
-        const auto read = [&](const Field* field, const ImageBlock& block, bool& isThere, double& value) {
-            const std::span<const char> stored = elementBytes(block, field, index);
-            isThere = !stored.empty();
-            if (isThere && field->stored != Stored::Text)
-                value = fieldValue(stored, elementOf(*field));
-            return stored;
-        };
-        const std::span<const char> before = read(diff.before, before_, element.isInBefore, element.before);
-        const std::span<const char> after = read(diff.after, after_, element.isInAfter, element.after);
-        element.difference = notANumber;
-        if (element.isInBefore && element.isInAfter) {
-            const bool isSameKind =
-                diff.before->stored == diff.after->stored && diff.before->scale == diff.after->scale;
-            if (isSameKind)
-                element.difference = differenceOf(*diff.before, before, after, element);
-            else if (isNumber(*diff.before) && isNumber(*diff.after))
-                element.difference = element.after - element.before;
-            if (context_.tolerance.forgives(*diff.before, element) && diff.after->stored != Stored::Text) {
+    void take(const Index& index) { context_.taken.push_back(index); }
+
+    /// Reads what was taken, and leaves out what the tolerance forgives.
+    void read(FieldDiff& diff, const UsedPart& usedBefore, const UsedPart& usedAfter) {
+        const std::vector<Index>& taken = context_.taken;
+        const ElementReader before(diff.before, before_, taken.size());
+        const ElementReader after(diff.after, after_, taken.size());
+        const Steps steps(diff.field());
+        const bool areNumbers = diff.before && diff.after && isNumber(*diff.before) && isNumber(*diff.after);
+        const bool areSteps = areNumbers && !diff.before->isFloating() && !diff.before->keepsLowest() &&
+                              diff.before->stored == diff.after->stored && diff.before->scale == diff.after->scale;
+        const bool isTolerant = areNumbers && context_.tolerance.isTolerant();
+        diff.elements.reserve(isTolerant ? 0 : taken.size());
+        for (const Index& index : taken) {
+            ElementDiff element;
+            element.index = index;
+            element.isInBefore = before.has(index);
+            element.isInAfter = after.has(index);
+            element.before = element.isInBefore ? before.value(index) : 0;
+            element.after = element.isInAfter ? after.value(index) : 0;
+            const bool areTwo = areNumbers && element.isInBefore && element.isInAfter;
+            element.difference = !areTwo || !std::isfinite(element.before) || !std::isfinite(element.after) ? notANumber
+                                 : areSteps ? steps.difference(element, before, after)
+                                            : element.after - element.before;
+            if (isTolerant && areTwo && context_.tolerance.forgives(*diff.before, element)) {
                 ++result_.forgiven;
-                return;
+                continue;
             }
+            element.isUsed =
+                (element.isInBefore && usedBefore.has(index)) || (element.isInAfter && usedAfter.has(index));
+            diff.elements.push_back(element);
         }
-        diff.elements.push_back(element);
+    }
+
+    static void summarize(FieldDiff& diff) {
+        double sum = 0;
+        for (const ElementDiff& element : diff.elements) {
+            if (!std::isfinite(element.difference))
+                continue;
+            const double size = std::abs(element.difference);
+            ++diff.numbers;
+            diff.largest = std::max(diff.largest, size);
+            sum += size;
+        }
+        const auto count = static_cast<double>(std::max<std::size_t>(diff.numbers, 1));
+        diff.mean = sum / count;
+        if (std::isfinite(sum))
+            return;
+        diff.mean = 0; // of numbers that are near the largest
+        for (const ElementDiff& element : diff.elements)
+            diff.mean += std::isfinite(element.difference) ? std::abs(element.difference) / count : 0;
     }
 
     void finish(FieldDiff& diff) {
-        if (diff.elements.empty())
+        if (context_.taken.empty())
             return;
         FieldValues before;
         FieldValues after;
@@ -501,18 +589,11 @@ private:
             before = context_.before.shape(before_, *result_.beforeLayout, *diff.before);
         if (diff.after)
             after = context_.after.shape(after_, *result_.afterLayout, *diff.after);
-        for (ElementDiff& element : diff.elements) {
-            const auto isUsed = [&](bool isThere, const FieldValues& shape) {
-                return isThere && shape.isUsed(elementNumber(element.index, shape.dimensions));
-            };
-            element.isUsed = isUsed(element.isInBefore, before) || isUsed(element.isInAfter, after);
-            if (!std::isfinite(element.difference))
-                continue;
-            const double size = std::abs(element.difference);
-            ++diff.numbers;
-            diff.largest = std::max(diff.largest, size);
-            diff.mean += (size - diff.mean) / static_cast<double>(diff.numbers);
-        }
+        read(diff, UsedPart(before), UsedPart(after));
+        context_.taken.clear();
+        if (diff.elements.empty())
+            return;
+        summarize(diff);
         diff.dimensions = diff.before ? std::move(before.dimensions) : after.dimensions;
         for (std::size_t d = 0; d < std::min(diff.dimensions.size(), after.dimensions.size()); ++d) {
             if (!diff.dimensions[d].axis)
@@ -626,7 +707,7 @@ std::string_view nameOf(HeaderWord word) {
 
 ImageDiff::ImageDiff(std::span<const char> before, std::span<const char> after, const DiffOptions& options)
     : options_(options), before_(before), after_(after) {
-    Context context{ImageValues(before_), ImageValues(after_), Tolerance(options_), {}};
+    Context context{ImageValues(before_), ImageValues(after_), Tolerance(options_), {}, {}};
     const BlockSelector& selector = options_.blocks;
     Pairs(before_, after_).forEach([&](const ImageBlock* first, const ImageBlock* second, std::size_t occurrence) {
         if (!(first && selector.selects(*first)) && !(second && selector.selects(*second)))
