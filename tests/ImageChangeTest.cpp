@@ -1,14 +1,12 @@
+#include "RandomValues.h"
 #include "Support.h"
 
 #include <travik/datablock/Bytes.h>
-#include <travik/registry/Capacity.h>
 #include <travik/service/Document.h>
 #include <travik/service/ImageChange.h>
 #include <travik/service/ImageFile.h>
-#include <travik/service/StoreValue.h>
 #include <travik/service/Values.h>
 
-#include <cmath>
 #include <filesystem>
 
 namespace {
@@ -232,24 +230,6 @@ TEST(ImageChange, StoresWideIntegersExactly) {
     }
 }
 
-std::string randomValue(std::mt19937& random, std::span<const char> block, std::span<const Field> fields,
-                        const Field& field) {
-    if (field.stored == Stored::Text)
-        return std::string(random() % (field.width + 1), static_cast<char>('A' + random() % 26));
-    if (const auto capacity = field.role == Role::Count ? capacityOf(block, fields, field) : std::nullopt)
-        return std::to_string(random() % (*capacity + 1));
-    Field stored = field;
-    stored.scale = 1.0;
-    stored.zero = 0.0;
-    const ValueRange range = rangeOf(stored);
-    if (field.bits == 0 && field.stored == Stored::U64)
-        return std::to_string((std::uint64_t{random()} << 32U) | random());
-    const double share = std::uniform_real_distribution(0.0, 1.0)(random);
-    const double most = std::min(range.highest, 1e15);
-    const double least = std::max(range.lowest, -1e15);
-    return std::to_string(std::llround(least + share * (most - least)));
-}
-
 TEST(ImageChange, ChangesOneElementAndItsSumsAndBack) {
     std::mt19937 random(12);
     std::size_t changed = 0;
@@ -264,14 +244,11 @@ TEST(ImageChange, ChangesOneElementAndItsSumsAndBack) {
                 if (at + field.width > block.bytes.size())
                     continue;
                 std::string place = std::to_string(block.id) + '@' + std::to_string(block.offset) + '.' + field.name;
-                std::string indices;
-                unsigned int rest = element;
-                for (unsigned int d = field.rank; d-- > 0; rest /= field.dimensions[d].extent)
-                    indices.insert(0, '[' + std::to_string(rest % field.dimensions[d].extent) + ']');
-                place += indices + '=';
+                place += Support::indexText(field, element) + '=';
                 std::vector<char> image = original;
-                const AssignReport report = assign(
-                    image, {place + randomValue(random, block.bytes, layout.fields(), field)}, {.areStored = true});
+                const AssignReport report =
+                    assign(image, {place + Support::randomValue(random, block.bytes, layout.fields(), field)},
+                           {.areStored = true});
                 const std::string what = name + ' ' + place + '\n' + refusalsOf(report);
                 if (!report.succeeded()) {
                     ASSERT_TRUE(block.isSecondEdition) << what; // shape and sums

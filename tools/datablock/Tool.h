@@ -50,6 +50,7 @@ std::unique_ptr<Command> verifyCommand(CLI::App& app);
 std::unique_ptr<Command> exportCommand(CLI::App& app);
 std::unique_ptr<Command> importCommand(CLI::App& app);
 std::unique_ptr<Command> buildCommand(CLI::App& app);
+std::unique_ptr<Command> diffCommand(CLI::App& app);
 std::unique_ptr<Command> setCommand(CLI::App& app);
 std::unique_ptr<Command> copyCommand(CLI::App& app);
 std::unique_ptr<Command> removeCommand(CLI::App& app);

@@ -23,7 +23,7 @@ int runTool(int argc, char** argv) {
     for (const auto& declare :
          {Tool::showCommand, Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
           Tool::verifyCommand, Tool::describeCommand, Tool::exportCommand, Tool::importCommand, Tool::buildCommand,
-          Tool::setCommand, Tool::copyCommand, Tool::removeCommand, Tool::resealCommand})
+          Tool::diffCommand, Tool::setCommand, Tool::copyCommand, Tool::removeCommand, Tool::resealCommand})
         commands.push_back(declare(app));
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     // Here "++" ends the options of a subcommand, unless it is spelt as the file that it names.

@@ -133,12 +133,6 @@ double elementValue(std::span<const char> image, const Field& field, const Conve
     return conversion(staysNegative ? -stored : stored);
 }
 
-// Elements of one type that follow each other: what nearly all fields are. They lie inside the image.
-template <class T>
-void loadAll(std::span<const char> image, const Field& field, std::span<double> values) {
-    Conversion(field).convertAll<T>(image.data() + field.offset, values);
-}
-
 bool isContiguous(const Field& field) {
     std::size_t stride = field.width;
     for (std::size_t d = field.rank; d-- > 0; stride *= field.dimensions[d].extent) {
@@ -146,6 +140,26 @@ bool isContiguous(const Field& field) {
             return false;
     }
     return true;
+}
+
+// Elements of one type, which lie inside the image: they follow each other, or stand between those of other fields.
+template <class T>
+void loadAll(std::span<const char> image, const Field& field, std::span<double> values) {
+    const Conversion conversion(field);
+    if (isContiguous(field))
+        return conversion.convertAll<T>(image.data() + field.offset, values);
+    auto value = values.begin();
+    const auto load = [&](const auto& self, unsigned int depth, const char* from) -> void {
+        const Dimension& dimension = field.dimensions[depth];
+        const bool isRow = depth + 1U == field.rank;
+        for (unsigned int i = 0; i < dimension.extent; ++i, from += dimension.stride) {
+            if (isRow)
+                *value++ = conversion(static_cast<double>(bytes::load<T>({from, sizeof(T)}, 0)));
+            else
+                self(self, depth + 1, from);
+        }
+    };
+    load(load, 0, image.data() + field.offset);
 }
 
 } // namespace
@@ -194,8 +208,9 @@ double fieldValue(std::span<const char> image, const Field& field, std::span<con
 }
 
 void fieldValues(std::span<const char> image, const Field& field, std::span<double> values) {
-    if (field.bits == 0 && !field.keepsLowest() && isContiguous(field) &&
-        bytes::inside(image.size(), field.offset, values.size() * field.width)) {
+    const auto count = static_cast<unsigned int>(values.size());
+    if (field.bits == 0 && !field.keepsLowest() && count > 0 && count == field.elements() &&
+        bytes::inside(image.size(), field.elementOffset(count - 1), field.width)) {
         switch (field.stored) {
         case Stored::U8:
             return loadAll<unsigned char>(image, field, values);

@@ -88,7 +88,7 @@ private:
             if (count == -EINTR)
                 continue;
             if (count <= 0)
-                return std::string(what) + " at offset " + std::to_string(at) + ": " +
+                return what + (" at offset " + std::to_string(at)) + ": " +
                        files::errorText(count < 0 ? static_cast<int>(-count) : EIO);
             at += static_cast<std::size_t>(count);
         }

@@ -24,13 +24,11 @@ std::size_t endOf(const Field& field) {
     return count == 0 ? 0 : field.elementOffset(count - 1) + field.width;
 }
 
-FieldValues valuesOf(std::span<const char> image, const Field& field) {
-    FieldValues values;
-    values.field = &field;
-    values.isWhole = endOf(field) <= image.size();
+void readInto(FieldValues& values, std::span<const char> image) {
+    const Field& field = *values.field;
     if (field.stored == Stored::Text) {
         values.texts = textsOf(image, field);
-        return values;
+        return;
     }
     values.values.resize(field.elements());
     fieldValues(image, field, values.values);
@@ -38,7 +36,6 @@ FieldValues valuesOf(std::span<const char> image, const Field& field) {
         for (const double packed : values.values)
             values.texts.push_back(dateText(static_cast<unsigned int>(packed)));
     }
-    return values;
 }
 
 // The field that labels the entries of a dimension of another block, or of that name in the block itself.
@@ -54,9 +51,11 @@ const Field* axisField(std::span<const Field> fields, std::string_view dimension
 // `rows` is the array's first dimension: where the labels go along it, too, each of its entries has its own.
 std::shared_ptr<const Axis> readAxis(std::span<const char> image, int block, std::span<const Field> fields,
                                      const Field& field, std::string_view rows) {
-    FieldValues all = valuesOf(image, field);
-    if (!all.isWhole)
+    if (endOf(field) > image.size())
         return nullptr;
+    FieldValues all;
+    all.field = &field;
+    readInto(all, image);
     for (unsigned int d = 0; d < field.rank; ++d) {
         ValueDimension& dimension = all.dimensions.emplace_back();
         dimension.extent = field.dimensions[d].extent;
@@ -176,6 +175,59 @@ std::shared_ptr<const Axis> ImageValues::axisOf(int id, std::string_view rows) c
     return known->second;
 }
 
+FieldValues ImageValues::shape(const ImageBlock& block, const BlockLayout& layout, const Field& field) const {
+    const std::span<const Field> fields = layout.fields();
+    FieldValues values;
+    values.field = &field;
+    values.isWhole = endOf(field) <= block.bytes.size();
+    for (unsigned int d = 0; d < field.rank; ++d) {
+        const Dimension& dimension = field.dimensions[d];
+        ValueDimension& made = values.dimensions.emplace_back();
+        made.name = dimension.name;
+        made.extent = dimension.extent;
+        made.axisBlock = dimension.axisBlock;
+        std::shared_ptr<const Axis> axis;
+        if (dimension.axisBlock == block.id) {
+            if (const Field* const own = axisField(fields, dimension.name))
+                axis = readAxis(block.bytes, block.id, fields, *own, {});
+        } else if (dimension.axisBlock != 0) {
+            axis = axisOf(dimension.axisBlock, d > 0 ? field.dimensions[0].name : "");
+        }
+        if (!dimension.count && axis && !axis->byRow.empty() && axis->byRow.size() == field.dimensions[0].extent &&
+            axis->size() <= made.extent) {
+            made.used = static_cast<unsigned int>(axis->size());
+            values.variesIn = d;
+            for (const std::vector<double>& row : axis->byRow)
+                values.usedByRow.push_back(static_cast<unsigned int>(row.size()));
+        } else if (!dimension.count) {
+            made.used = axis && axis->size() <= made.extent ? static_cast<unsigned int>(axis->size()) : made.extent;
+        } else if (d == 0) {
+            made.used = usedEntries(block.bytes, fields, dimension);
+        } else {
+            // The count may be one of several, by the index of the first dimension.
+            const Field* const count = layout.find(dimension.count);
+            const unsigned int rows = count && count->rank > 0 ? field.dimensions[0].extent : 1;
+            std::vector<unsigned int> used(rows);
+            for (unsigned int row = 0; row < rows; ++row)
+                used[row] = usedEntries(block.bytes, fields, dimension, row);
+            made.used = *std::ranges::max_element(used);
+            if (std::ranges::adjacent_find(used, std::not_equal_to<>()) != used.end()) {
+                values.usedByRow = std::move(used);
+                values.variesIn = d;
+            }
+        }
+        const auto matches = [&] {
+            if (axis->byRow.empty() || values.usedByRow.empty())
+                return axis->size() == made.used;
+            return values.variesIn == d &&
+                   std::ranges::equal(axis->byRow, values.usedByRow, {}, &std::vector<double>::size);
+        };
+        if (axis && matches())
+            made.axis = std::move(axis);
+    }
+    return values;
+}
+
 BlockValues ImageValues::read(const ImageBlock& block) const {
     BlockValues result{
         keyOf(block), block.entry ? std::string(block.entry->className) : std::string(), BlockLayout(block), {}};
@@ -183,54 +235,8 @@ BlockValues ImageValues::read(const ImageBlock& block) const {
         result.className = "HwDatablock2Edition";
     const std::span<const Field> fields = result.layout.fields();
     result.fields.reserve(fields.size());
-    for (const Field& field : fields) {
-        FieldValues& values = result.fields.emplace_back(valuesOf(block.bytes, field));
-        for (unsigned int d = 0; d < field.rank; ++d) {
-            const Dimension& dimension = field.dimensions[d];
-            ValueDimension& made = values.dimensions.emplace_back();
-            made.name = dimension.name;
-            made.extent = dimension.extent;
-            made.axisBlock = dimension.axisBlock;
-            std::shared_ptr<const Axis> axis;
-            if (dimension.axisBlock == block.id) {
-                if (const Field* const own = axisField(fields, dimension.name))
-                    axis = readAxis(block.bytes, block.id, fields, *own, {});
-            } else if (dimension.axisBlock != 0) {
-                axis = axisOf(dimension.axisBlock, d > 0 ? field.dimensions[0].name : "");
-            }
-            if (!dimension.count && axis && !axis->byRow.empty() && axis->byRow.size() == field.dimensions[0].extent &&
-                axis->size() <= made.extent) {
-                made.used = static_cast<unsigned int>(axis->size());
-                values.variesIn = d;
-                for (const std::vector<double>& row : axis->byRow)
-                    values.usedByRow.push_back(static_cast<unsigned int>(row.size()));
-            } else if (!dimension.count) {
-                made.used = axis && axis->size() <= made.extent ? static_cast<unsigned int>(axis->size()) : made.extent;
-            } else if (d == 0) {
-                made.used = usedEntries(block.bytes, fields, dimension);
-            } else {
-                // The count may be one of several, by the index of the first dimension.
-                const Field* const count = result.layout.find(dimension.count);
-                const unsigned int rows = count && count->rank > 0 ? field.dimensions[0].extent : 1;
-                std::vector<unsigned int> used(rows);
-                for (unsigned int row = 0; row < rows; ++row)
-                    used[row] = usedEntries(block.bytes, fields, dimension, row);
-                made.used = *std::ranges::max_element(used);
-                if (std::ranges::adjacent_find(used, std::not_equal_to<>()) != used.end()) {
-                    values.usedByRow = std::move(used);
-                    values.variesIn = d;
-                }
-            }
-            const auto matches = [&] {
-                if (axis->byRow.empty() || values.usedByRow.empty())
-                    return axis->size() == made.used;
-                return values.variesIn == d &&
-                       std::ranges::equal(axis->byRow, values.usedByRow, {}, &std::vector<double>::size);
-            };
-            if (axis && matches())
-                made.axis = std::move(axis);
-        }
-    }
+    for (const Field& field : fields)
+        readInto(result.fields.emplace_back(shape(block, result.layout, field)), block.bytes);
     return result;
 }
 

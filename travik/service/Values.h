@@ -120,6 +120,9 @@ public:
     /// All values of one of the image's blocks. Never fails: a block without a class has no fields, one that is cut
     /// off has zeros.
     BlockValues read(const ImageBlock& block) const;
+    /// One field of a block without its values: the dimensions, what is in use, the axes. `layout` is the block's, and
+    /// has the field.
+    FieldValues shape(const ImageBlock& block, const BlockLayout& layout, const Field& field) const;
 
 private:
     const ModuleImage* image_;
