@@ -89,7 +89,15 @@ public:
         }
     }
 
-    bool has(const Index& index) const { return !values_.empty() || !bytes(index).empty(); }
+    bool has(const Index& index) const {
+        if (values_.empty())
+            return !bytes(index).empty();
+        for (unsigned int d = 0; d < field_->rank; ++d) { // those of the other block's field may be more
+            if (index[d] >= field_->dimensions[d].extent)
+                return false;
+        }
+        return true;
+    }
     std::span<const char> bytes(const Index& index) const { return elementBytes(block_, field_, index); }
     /// Of an element that is there; 0 for a text.
     double value(const Index& index) const {
