@@ -1,12 +1,13 @@
 # Headers, libraries, CMake package, pkg-config file and tool.
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
-install(TARGETS travik-platform travik-datablock EXPORT TravikDatablockTargets)
+install(TARGETS travik-platform travik-datablock EXPORT TravikDatablockTargets LIBRARY COMPONENT libraries NAMELINK_COMPONENT dev)
 set(packages travik-datablock)
 set(unbuilt PATTERN "service" EXCLUDE)
 if(TRAVIK_BUILD_SERVICE)
-  install(TARGETS travik-service EXPORT TravikDatablockTargets)
-  install(TARGETS datablock)
+  install(TARGETS travik-service EXPORT TravikDatablockTargets LIBRARY COMPONENT libraries NAMELINK_COMPONENT dev)
+  install(TARGETS datablock COMPONENT tool)
   list(APPEND packages travik-service)
   unset(unbuilt)
 endif()

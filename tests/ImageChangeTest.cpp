@@ -8,6 +8,7 @@
 #include <travik/service/Values.h>
 
 #include <filesystem>
+#include <numeric>
 
 namespace {
 
@@ -276,6 +277,108 @@ TEST(ImageChange, ChangesOneElementAndItsSumsAndBack) {
         }
     }
     EXPECT_GT(changed, 1500U);
+}
+
+ArrayAssignment arrayOf(std::size_t offset, const std::string& field, decltype(ArrayAssignment::values) values,
+                        std::vector<unsigned int> elements = {}) {
+    if (elements.empty()) {
+        elements.resize(std::visit([](const auto& given) { return given.size(); }, values));
+        std::iota(elements.begin(), elements.end(), 0U);
+    }
+    return {offset, field, std::move(elements), std::move(values)};
+}
+
+TEST(AssignArray, StoresWhatSingleValuesStore) {
+    std::mt19937 random(5);
+    for (const std::string& name : sampleNames()) {
+        const std::vector<char> original = sample(name);
+        const ModuleImage module(original);
+        const ImageValues values(module);
+        for (const ImageBlock& block : module.blocks()) {
+            for (const FieldValues& field : values.read(block).fields) {
+                if (field.field->role != Role::Value || field.isText() || field.values.empty())
+                    continue;
+                // What is there already keeps every byte.
+                std::vector<char> image = original;
+                const ArrayReport same = assignArray(image, arrayOf(block.offset, field.field->name, field.values));
+                ASSERT_TRUE(same.succeeded()) << same.refusal->text << ": " << same.refusal->why;
+                ASSERT_EQ(same.changes, 0U);
+                ASSERT_EQ(image, original);
+
+                const auto element = static_cast<unsigned int>(random() % field.values.size());
+                std::string indices;
+                for (std::size_t d = field.dimensions.size(), rest = element; d-- > 0;) {
+                    indices = '[' + std::to_string(rest % field.dimensions[d].extent) + ']' + indices;
+                    rest /= field.dimensions[d].extent;
+                }
+                std::vector<char> single = original;
+                const AssignReport one = assign(single, {std::to_string(block.id) + '@' + std::to_string(block.offset) +
+                                                         '.' + field.field->name + indices + "=1"});
+                const ArrayReport array = assignArray(
+                    image, arrayOf(block.offset, field.field->name, std::vector<std::int64_t>{1}, {element}));
+                ASSERT_EQ(array.succeeded(), one.succeeded()) << name << ' ' << field.field->name;
+                ASSERT_EQ(image, single);
+            }
+        }
+    }
+}
+
+TEST(AssignArray, IsDoneAsAWholeOrNotAtAll) {
+    struct Refused {
+        ArrayAssignment array;
+        const char* text;
+        const char* why;
+        bool areStored = false;
+        bool isDamaged = false;
+    };
+    const auto numbers = [](std::vector<double> values) { return values; };
+    const std::vector<Refused> refusals{
+        {arrayOf(2300, "values", numbers({1, 1e9})), "RFBO_RFLEVEL_MAX_DATA.values[0][1]=1e+09", "out of range, takes"},
+        {arrayOf(2300, "values", numbers({1, std::nan("")})), "RFBO_RFLEVEL_MAX_DATA.values[0][1]=nan", "not a finite"},
+        {arrayOf(2300, "values", numbers({1, 1.5})), "values[0][1]=1.5", "not a whole number", true},
+        {arrayOf(2300, "values", numbers({1, 2}), {3, 3}), "values[0][3]=2", "is set twice"},
+        {arrayOf(2300, "values", numbers({1}), {256}), "values[2][0]=1", "outside"},
+        {arrayOf(2300, "values", numbers({1}), {1, 2}), "values", "a value for each"},
+        {arrayOf(2300, "values", std::vector<std::string>{"1"}), "values[0][0]=1", "takes a number"},
+        {arrayOf(2300, "valeus", numbers({1})), "valeus", "near: values"},
+        {arrayOf(2300, "rows", std::vector<std::uint64_t>{3}), "RFBO_RFLEVEL_MAX_DATA.rows=3", "takes 0 to 2"},
+        {arrayOf(2301, "rows", numbers({1})), "rows", "no block at offset 2301"},
+        {arrayOf(0, "name", std::vector<std::string>{"123456789012345"}), "IDENT_2.name=", "too long"},
+        {arrayOf(0, "name", numbers({1})), "IDENT_2.name=1", "takes a text"},
+        {arrayOf(0, "product_date", numbers({1})), "IDENT_2.product_date=1", "no date"},
+        {arrayOf(684, "rows", numbers({1})), "rows", "do not hold", false, true},
+    };
+    std::vector<char> original = sample("rf-board");
+    original[800] ^= 1; // in the block at 684
+    for (const Refused& refused : refusals) {
+        std::vector<char> image = original;
+        const ArrayReport report = assignArray(image, refused.array, {.areStored = refused.areStored});
+        ASSERT_FALSE(report.succeeded()) << refused.text;
+        EXPECT_THAT(report.refusal->text, HasSubstr(refused.text));
+        EXPECT_THAT(report.refusal->why, HasSubstr(refused.why)) << refused.text;
+        EXPECT_EQ(report.isDamaged, refused.isDamaged) << refused.text;
+        EXPECT_EQ(image, original) << refused.text;
+    }
+    std::vector<char> image = original;
+    const ArrayReport taken = assignArray(image, arrayOf(684, "rows", numbers({1})), {.reseals = true});
+    EXPECT_TRUE(taken.succeeded());
+    EXPECT_THAT(checkImage(image), IsEmpty());
+}
+
+TEST(AssignArray, KeepsTheBytesBehindATextThatIsTheSame) {
+    std::vector<char> image = sample("rf-board");
+    const ModuleImage before(image);
+    const Field* const field = BlockLayout(before.blocks().front()).find("name");
+    ASSERT_NE(field, nullptr);
+    const std::size_t last = field->offset + field->width - 1;
+    image[last] = 'x'; // behind the NUL
+    ASSERT_EQ(resealImage(image).changes.size(), 1U);
+    const std::vector<char> original = image;
+    ASSERT_TRUE(assignArray(image, arrayOf(0, "name", std::vector<std::string>{"RFBO"})).succeeded());
+    EXPECT_EQ(image, original);
+    ASSERT_TRUE(assignArray(image, arrayOf(0, "name", std::vector<std::string>{"RFB"})).succeeded());
+    EXPECT_EQ(image[last], '\0');
+    EXPECT_THAT(checkImage(image), IsEmpty());
 }
 
 TEST(Reseal, ChangesSumsOnly) {

@@ -16,6 +16,15 @@ if(TRAVIK_INSTALL AND NOT TRAVIK_SANITIZE)
     --test-command consumer)
   set_tests_properties(consumer.cmake-package PROPERTIES FIXTURES_REQUIRED installed)
 
+  if(travik_python_wanted)
+    add_test(NAME consumer.python COMMAND Python::Interpreter -c "import sys, travik
+image = travik.open(sys.argv[1])
+assert travik.__file__.startswith(sys.argv[2]) and image['RFBO_RFLEVEL_MAX_DATA']['values'].shape == (2, 128)"
+      ${PROJECT_SOURCE_DIR}/samples/rf-board.bin ${consumer_prefix})
+    set_tests_properties(consumer.python PROPERTIES FIXTURES_REQUIRED installed ENVIRONMENT
+      "PYTHONPATH=${consumer_prefix}/${TRAVIK_PYTHON_DIR}")
+  endif()
+
   find_program(PKG_CONFIG pkg-config)
   if(PKG_CONFIG)
     # xargs, because pkg-config escapes the blanks of a path for a shell that reads its output again.

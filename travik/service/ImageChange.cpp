@@ -8,11 +8,14 @@
 #include <travik/service/ValueText.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <map>
 #include <set>
+#include <type_traits>
+#include <utility>
 
 namespace Travik {
 
@@ -65,6 +68,8 @@ Field plain(const Field& field) {
     return result;
 }
 
+constexpr const char* notWhole = "not a whole number, as the field stores them";
+
 /// Stores a number; what is wrong, or nothing.
 std::string storeNumber(std::span<char> block, const Field& field, unsigned int element, std::string_view text,
                         bool areStored, bool& isRounded) {
@@ -93,9 +98,102 @@ std::string storeNumber(std::span<char> block, const Field& field, unsigned int 
                                                   : storeValue(block, field, element, number);
     isRounded = outcome == StoreOutcome::Rounded;
     if (outcome == StoreOutcome::OutOfRange && areStored && !field.isFloating() && std::nearbyint(number) != number)
-        return "not a whole number, as the field stores them";
+        return notWhole;
     return describeOutcome(outcome, field);
 }
+
+template <class Value>
+std::string valueText(const Value& value) {
+    if constexpr (std::is_arithmetic_v<Value>) {
+        std::array<char, 40> text;
+        return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+    } else {
+        return value;
+    }
+}
+
+/// Writes elements of a field that are no texts to read.
+class ElementWriter {
+public:
+    ElementWriter(std::span<const char> before, const Field& field, bool areStored)
+        : field_(areStored ? plain(field) : field), areStored_(areStored), isText_(isTextual(field, areStored)),
+          bytes_(before) {
+        if (isText_)
+            return;
+        before_.resize(field.elements());
+        fieldValues(before, field_, before_);
+    }
+
+    /// Whether the element, which lies in the block, has the value before anything is written.
+    template <class Value>
+    bool has(unsigned int element, const Value& value) const {
+        if constexpr (std::is_same_v<Value, std::string>) {
+            return isText_ && value == textOf(element);
+        } else if constexpr (std::is_same_v<Value, double>) {
+            if (isText_)
+                return false;
+            const double before = before_[element];
+            return std::isnan(value) ? std::isnan(before)
+                                     : value == before && std::signbit(value) == std::signbit(before);
+        } else {
+            return false;
+        }
+    }
+
+    /// What is wrong, or nothing.
+    template <class Value>
+    std::string write(std::span<char> block, unsigned int element, const Value& value, bool& isRounded) const {
+        StoreOutcome outcome = StoreOutcome::WrongKind;
+        if constexpr (std::is_same_v<Value, std::string>) {
+            if (isText_)
+                outcome = storeText(block, field_, element, value);
+        } else if (!isText_) {
+            outcome = writeNumber(block, element, value);
+            if (outcome == StoreOutcome::OutOfRange && areStored_ && isBroken(value))
+                return notWhole;
+        } else if (field_.stored != Stored::Text) {
+            outcome = StoreOutcome::NoDate;
+        }
+        isRounded = outcome == StoreOutcome::Rounded;
+        return describeOutcome(outcome, field_);
+    }
+
+private:
+    Field field_;
+    bool areStored_;
+    bool isText_;
+    std::span<const char> bytes_; // of the block before
+    std::vector<double> before_;  // physical, or as stored
+
+    std::string textOf(unsigned int element) const {
+        const std::size_t at = field_.elementOffset(element);
+        return field_.stored == Stored::Text ? toUtf8(bytes::text(bytes_, at, field_.width))
+                                             : dateText(bytes::load<std::uint16_t>(bytes_, at));
+    }
+
+    template <class Number>
+    bool isBroken(Number number) const {
+        const auto wide = static_cast<double>(number);
+        return !field_.isFloating() && std::isfinite(wide) && std::nearbyint(wide) != wide;
+    }
+
+    template <class Number>
+    StoreOutcome writeNumber(std::span<char> block, unsigned int element, Number number) const {
+        if constexpr (std::is_integral_v<Number>) {
+            if (isWide(field_)) { // no double has all of their digits
+                const bool fits = field_.stored == Stored::U64 ? std::in_range<std::uint64_t>(number)
+                                                               : std::in_range<std::int64_t>(number);
+                if (!fits)
+                    return StoreOutcome::OutOfRange;
+                return bytes::store(block, field_.elementOffset(element), static_cast<std::uint64_t>(number))
+                           ? StoreOutcome::Exact
+                           : StoreOutcome::Outside;
+            }
+        }
+        const auto wide = static_cast<double>(number);
+        return areStored_ ? storeStored(block, field_, element, wide) : storeValue(block, field_, element, wide);
+    }
+};
 
 /// Takes assignment after assignment.
 class Assigner {
@@ -106,6 +204,24 @@ public:
     void take(const Assignment& assignment) {
         if (std::string why = store(assignment); !why.empty())
             report_.refusals.push_back({assignment.text, std::move(why)});
+    }
+
+    ArrayReport takeArray(std::vector<char>& image, const ArrayAssignment& array) {
+        ArrayReport report;
+        if (std::string why = storeArray(array, report); !why.empty()) {
+            if (!report.refusal)
+                report.refusal = {array.field, std::move(why)};
+            return report;
+        }
+        sealAll();
+        if (!report_.succeeded()) {
+            report.refusal = std::move(report_.refusals.front());
+            return report;
+        }
+        report.changes = static_cast<std::size_t>(std::ranges::count(stores_, true, &Stores::isChange));
+        report.roundings = static_cast<std::size_t>(std::ranges::count(stores_, true, &Stores::isRounded));
+        image = std::move(bytes_);
+        return report;
     }
 
     AssignReport finish(std::vector<char>& image) {
@@ -126,7 +242,7 @@ private:
         BlockValues before;
     };
     struct Stores {
-        const Assignment* assignment;
+        const Assignment* assignment; // null: an element of an array
         const Touched* touched;
         const Field* field;
         unsigned int element;
@@ -152,9 +268,7 @@ private:
         const ImageBlock* block = nullptr;
         if (std::string why = findBlock(assignment, block); !why.empty())
             return why;
-        const auto known = touched_.find(block->offset);
-        Touched& touched =
-            known != touched_.end() ? known->second : touched_.try_emplace(block->offset, begin(*block)).first->second;
+        const Touched& touched = touch(*block);
         if (std::string why = whyUntouchable(touched); !why.empty())
             return why;
         const FieldValues* const values = touched.before.find(assignment.field);
@@ -173,18 +287,73 @@ private:
 
     std::string storeElement(const Assignment& assignment, const Touched& touched, const Field& field,
                              unsigned int element) {
+        const auto write = [&](std::span<char> block, bool& isRounded) {
+            return isTextual(field, options_.areStored)
+                       ? describeOutcome(storeText(block, field, element, assignment.value), field)
+                       : storeNumber(block, options_.areStored ? plain(field) : field, element, assignment.value,
+                                     options_.areStored, isRounded);
+        };
+        return storeWith(write, &assignment, touched, field, element);
+    }
+
+    /// `write` stores the value, and says what is wrong with it and whether it was rounded.
+    template <class Write>
+    std::string storeWith(const Write& write, const Assignment* assignment, const Touched& touched, const Field& field,
+                          unsigned int element) {
         const std::span<char> block = bytesOf(*touched.block);
-        const std::span<char> place = block.subspan(field.elementOffset(element), field.width);
-        const std::vector<char> before(place.begin(), place.end());
+        const std::size_t at = field.elementOffset(element);
         bool isRounded = false;
-        const bool isText = isTextual(field, options_.areStored);
-        std::string why = isText ? describeOutcome(storeText(block, field, element, assignment.value), field)
-                                 : storeNumber(block, options_.areStored ? plain(field) : field, element,
-                                               assignment.value, options_.areStored, isRounded);
+        std::string why = write(block, isRounded);
         if (why.empty() || why.starts_with("out of range"))
             why = whyNoCount(block, touched, field, element, std::move(why));
-        stores_.push_back({&assignment, &touched, &field, element, isRounded, !std::ranges::equal(place, before)});
+        const bool isChange =
+            !std::ranges::equal(block.subspan(at, field.width), touched.block->bytes.subspan(at, field.width));
+        stores_.push_back({assignment, &touched, &field, element, isRounded, isChange});
         return why;
+    }
+
+    std::string storeArray(const ArrayAssignment& array, ArrayReport& report) {
+        const auto block = std::ranges::find(module_.blocks(), array.offset, &ImageBlock::offset);
+        if (block == module_.blocks().end())
+            return "no block at offset " + std::to_string(array.offset);
+        const Touched& touched = touch(*block);
+        if (std::string why = whyUntouchable(touched); !why.empty()) {
+            report.isDamaged = true;
+            return why;
+        }
+        const FieldValues* const values = touched.before.find(array.field);
+        if (!values)
+            return whyNoField(touched, array.field);
+        return std::visit([&](const auto& given) { return storeAll(array, given, touched, *values->field, report); },
+                          array.values);
+    }
+
+    template <class Value>
+    std::string storeAll(const ArrayAssignment& array, const std::vector<Value>& given, const Touched& touched,
+                         const Field& field, ArrayReport& report) {
+        if (given.size() != array.elements.size())
+            return "takes a value for each element";
+        const ElementWriter writer(touched.block->bytes, field, options_.areStored);
+        std::vector<bool> isSet(field.elements());
+        stores_.reserve(given.size());
+        for (std::size_t i = 0; i < given.size(); ++i) {
+            const unsigned int element = array.elements[i];
+            std::string why;
+            if (element >= isSet.size() ||
+                !bytes::inside(touched.block->bytes.size(), field.elementOffset(element), field.width))
+                why = describeOutcome(StoreOutcome::Outside, field);
+            else if (isSet[element])
+                why = "is set twice";
+            else if (isSet[element] = true; !writer.has(element, given[i]))
+                why = storeWith(
+                    [&](auto block_, bool& isRounded) { return writer.write(block_, element, given[i], isRounded); },
+                    nullptr, touched, field, element);
+            if (!why.empty()) {
+                report.refusal = {nameOf(touched, field, element) + '=' + valueText(given[i]), std::move(why)};
+                return report.refusal->why;
+            }
+        }
+        return {};
     }
 
     std::string findBlock(const Assignment& assignment, const ImageBlock*& found) const {
@@ -208,7 +377,20 @@ private:
         return called.size() == 1 ? "" : "more than one block: " + placesOf(called);
     }
 
-    Touched begin(const ImageBlock& block) const { return {&block, values_.read(block)}; }
+    const Touched& touch(const ImageBlock& block) {
+        const auto known = touched_.find(block.offset);
+        return known != touched_.end()
+                   ? known->second
+                   : touched_.try_emplace(block.offset, Touched{&block, values_.read(block)}).first->second;
+    }
+
+    /// "KEY.FIELD[INDEX]..."
+    static std::string nameOf(const Touched& touched, const Field& field, unsigned int element) {
+        std::string indices;
+        for (unsigned int d = field.rank; d-- > 0; element /= field.dimensions[d].extent)
+            indices = '[' + std::to_string(d == 0 ? element : element % field.dimensions[d].extent) + ']' + indices;
+        return blockName(*touched.block) + '.' + field.name + indices;
+    }
 
     std::string whyUntouchable(const Touched& touched) {
         const ImageBlock& block = *touched.block;
@@ -286,7 +468,9 @@ private:
             if (why.empty() && !keepsLayout(*stored.touched))
                 why = "would change the shape of the table, and with it what its bytes are";
             if (!why.empty())
-                report_.refusals.push_back({stored.assignment->text, std::string(why)});
+                report_.refusals.push_back({stored.assignment ? stored.assignment->text
+                                                              : nameOf(*stored.touched, *stored.field, stored.element),
+                                            std::string(why)});
         }
     }
 
@@ -383,6 +567,10 @@ AssignReport assignValues(std::vector<char>& image, std::span<const Assignment> 
     for (const Assignment& assignment : assignments)
         assigner.take(assignment);
     return assigner.finish(image);
+}
+
+ArrayReport assignArray(std::vector<char>& image, const ArrayAssignment& assignment, const AssignOptions& options) {
+    return Assigner(image, options).takeArray(image, assignment);
 }
 
 std::string_view nameOf(Sum sum) { return sum == Sum::Checksum ? "checksum" : sum == Sum::Crc32 ? "CRC-32" : "filler"; }

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 /// An image put right: single values by name, and its sums. Whoever changes a file does it between the reading and the
@@ -79,6 +80,32 @@ struct TRAVIK_SERVICE_EXPORT AssignReport {
 /// and a name that is none, or that of several.
 TRAVIK_SERVICE_EXPORT AssignReport assignValues(std::vector<char>& image, std::span<const Assignment> assignments,
                                                 const AssignOptions& options = {});
+
+/// Values for elements of one field, as a program has them.
+struct ArrayAssignment {
+    std::size_t offset = 0; ///< of the block
+    std::string field;
+    std::vector<unsigned int> elements; ///< counted with the last dimension fastest, each once
+    /// One for each element: physical values, or stored numbers (`AssignOptions::areStored`); whole numbers keep all
+    /// their digits in fields that store 64 bits. Of text and date fields UTF-8 and ISO 8601.
+    std::variant<std::vector<double>, std::vector<std::int64_t>, std::vector<std::uint64_t>, std::vector<std::string>>
+        values;
+};
+
+/// What an array assignment did.
+struct TRAVIK_SERVICE_EXPORT ArrayReport {
+    std::optional<AssignRefusal> refusal; ///< the first; its text is "KEY.FIELD[INDEX]...=VALUE"
+    bool isDamaged = false;               ///< whether the block was refused: its sums do not hold, its end is doubtful
+    std::size_t changes = 0;              ///< how many elements have other bytes now
+    std::size_t roundings = 0;            ///< how many values fell between two stored steps
+
+    bool succeeded() const { return !refusal.has_value(); }
+};
+
+/// The same as `assignValues` for an array of values, without a text for each. An element that has the value already
+/// keeps its bytes, whatever they are: the bits of a NaN, the digits that a double does not hold.
+TRAVIK_SERVICE_EXPORT ArrayReport assignArray(std::vector<char>& image, const ArrayAssignment& assignment,
+                                              const AssignOptions& options = {});
 
 /// Words of a block that are sums.
 enum class Sum : unsigned char {

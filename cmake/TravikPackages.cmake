@@ -1,0 +1,46 @@
+# Debian packages of what is installed: the libraries, what is needed to build with them, the tool, and the Python package.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME travik-datablock)
+set(CPACK_PACKAGE_CONTACT "The travik-datablock developers <travik@localhost>")
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/travik)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+set(CPACK_COMPONENTS_ALL libraries dev)
+
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_NAME libtravik${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_LIBRARIES_DESCRIPTION "Data blocks of signal-generator modules: the libraries")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libtravik-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS qt6-base-dev)
+set(CPACK_COMPONENT_DEV_DEPENDS libraries)
+set(CPACK_COMPONENT_DEV_DESCRIPTION "Data blocks of signal-generator modules: headers, CMake and pkg-config files")
+
+if(TRAVIK_BUILD_SERVICE)
+  list(APPEND CPACK_COMPONENTS_ALL tool)
+  set(CPACK_DEBIAN_TOOL_PACKAGE_NAME travik-datablock)
+  set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
+  set(CPACK_COMPONENT_TOOL_DEPENDS libraries)
+  set(CPACK_COMPONENT_TOOL_DESCRIPTION "Data blocks of signal-generator modules: the service tool datablock")
+endif()
+
+if(travik_python_wanted)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-travik)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  # The compiled part is for one release of the interpreter.
+  math(EXPR travik_python_next "${Python_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "python3 (>= 3.${Python_VERSION_MINOR}), python3 (<< 3.${travik_python_next}), python3-numpy")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pandas, python3-matplotlib")
+  set(CPACK_COMPONENT_PYTHON_DEPENDS libraries)
+  set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Data blocks of signal-generator modules: images as NumPy arrays")
+endif()
+
+include(CPack)
