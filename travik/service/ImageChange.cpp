@@ -389,7 +389,7 @@ private:
         std::string indices;
         for (unsigned int d = field.rank; d-- > 0; element /= field.dimensions[d].extent)
             indices = '[' + std::to_string(d == 0 ? element : element % field.dimensions[d].extent) + ']' + indices;
-        return blockName(*touched.block) + '.' + field.name + indices;
+        return Travik::nameOf(*touched.block) + '.' + field.name + indices;
     }
 
     std::string whyUntouchable(const Touched& touched) {
