@@ -20,10 +20,10 @@ int runTool(int argc, char** argv) {
     Tool::addTerminalOptions(app);
 
     std::vector<std::unique_ptr<Tool::Command>> commands;
-    for (const auto& declare :
-         {Tool::showCommand, Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
-          Tool::verifyCommand, Tool::describeCommand, Tool::exportCommand, Tool::importCommand, Tool::buildCommand,
-          Tool::diffCommand, Tool::setCommand, Tool::copyCommand, Tool::removeCommand, Tool::resealCommand})
+    for (const auto& declare : {Tool::showCommand, Tool::dumpCommand, Tool::listCommand, Tool::infoCommand,
+                                Tool::summaryCommand, Tool::reportCommand, Tool::verifyCommand, Tool::describeCommand,
+                                Tool::exportCommand, Tool::importCommand, Tool::buildCommand, Tool::diffCommand,
+                                Tool::setCommand, Tool::copyCommand, Tool::removeCommand, Tool::resealCommand})
         commands.push_back(declare(app));
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     // Here "++" ends the options of a subcommand, unless it is spelt as the file that it names.
