@@ -19,9 +19,10 @@ int runTool(int argc, char** argv) {
     Tool::addTerminalOptions(app);
 
     std::vector<std::unique_ptr<Tool::Command>> commands;
-    for (const auto& declare : {Tool::showCommand, Tool::dumpCommand, Tool::listCommand, Tool::infoCommand,
-                                Tool::summaryCommand, Tool::verifyCommand, Tool::describeCommand, Tool::exportCommand,
-                                Tool::importCommand, Tool::buildCommand, Tool::setCommand, Tool::resealCommand})
+    for (const auto& declare :
+         {Tool::showCommand, Tool::dumpCommand, Tool::listCommand, Tool::infoCommand, Tool::summaryCommand,
+          Tool::reportCommand, Tool::verifyCommand, Tool::describeCommand, Tool::exportCommand, Tool::importCommand,
+          Tool::buildCommand, Tool::setCommand, Tool::resealCommand})
         commands.push_back(declare(app));
 #ifdef TRAVIK_HAS_FLEET
     for (const auto& declare : {Tool::collectCommand, Tool::fleetCommand})

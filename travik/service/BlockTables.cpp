@@ -143,6 +143,24 @@ std::string BlockTable::exactRowLabel(unsigned int row) const {
     return row < numbers.size() ? axis->format.exact(numbers[row]) : std::string();
 }
 
+bool isPlainBytes(const FieldValues& values) {
+    const Field& field = *values.field;
+    constexpr std::size_t few = 16;
+    return field.rank == 1 && field.width == 1 && field.bits == 0 && !values.isText() && field.scale == 1.0 &&
+           field.zero == 0.0 && field.role != Role::Axis && std::string_view(field.unit).empty() &&
+           values.size() > few && field.dimensions[0].stride == 1 && field.dimensions[0].axisBlock == 0;
+}
+
+std::string dimensionTitle(const ValueDimension& dimension, int block) {
+    std::string name(dimension.name);
+    if (dimension.axisBlock == 0 || (dimension.axisBlock == block && !dimension.axis))
+        return name;
+    std::string labels = axisName(dimension, block);
+    if (dimension.axisBlock != block)
+        labels += (labels.empty() ? "" : " ") + ('(' + std::to_string(dimension.axisBlock) + ')');
+    return dimension.axis ? labels : name + ", not fitting " + labels;
+}
+
 std::string axisName(const ValueDimension& dimension, int block) {
     const CatalogueEntry* const entry = dimension.axisBlock == block ? nullptr : findEntry(dimension.axisBlock);
     const std::string key = entry ? toUtf8(entry->key(*entry, dimension.axisBlock)) : std::string();

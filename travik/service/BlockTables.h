@@ -47,6 +47,10 @@ struct TRAVIK_SERVICE_EXPORT BlockTable {
     std::string columnLabel(const TableColumn& column) const { return label(*columnDimension, column.index); }
     /// What labels a row, without unit and with every digit, for a machine.
     std::string exactRowLabel(unsigned int row) const;
+    /// The numbers that label the rows; empty where there are none.
+    std::span<const double> rowNumbers() const {
+        return hasRowAxis() ? labelsOf(*rowDimension->axis) : std::span<const double>();
+    }
 
 private:
     std::span<const double> labelsOf(const Axis& axis) const;
@@ -57,6 +61,13 @@ private:
 /// make one table. Of several dimensions the rows go along the one whose axis is known, else along the longest; the
 /// columns along the last of the others; for each index of what is left there is a table of its own.
 TRAVIK_SERVICE_EXPORT std::vector<BlockTable> tablesOf(std::span<const FieldValues* const> fields, bool isWhole);
+
+/// Whether nothing is stored in an array but bytes without a meaning that is known.
+TRAVIK_SERVICE_EXPORT bool isPlainBytes(const FieldValues& values);
+
+/// What the entries of a dimension of a block are: "RFBO_ATT_CAL_FREQ (15720)", "filter", "row, not fitting
+/// RFBO_ATT_CAL_FREQ (15720)".
+TRAVIK_SERVICE_EXPORT std::string dimensionTitle(const ValueDimension& dimension, int block);
 
 /// What the labels of a dimension of a block are called: the key of the block that holds them; where that is the block
 /// itself, or has no key, the field.

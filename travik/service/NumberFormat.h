@@ -23,6 +23,8 @@ public:
     std::string text(double physical) const;
     /// The same for a machine: every digit that makes a difference.
     std::string exact(double physical) const;
+    /// How many decimals `text` writes; -1: as many as the number needs.
+    int decimals() const { return decimals_; }
 
 private:
     int decimals_ = -1;

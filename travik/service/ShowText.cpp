@@ -23,15 +23,6 @@ std::string escaped(std::string_view utf8) { return terminalText(utf8, TextChars
 
 std::string unitOf(const FieldValues& values) { return values.field->unit; }
 
-// Where nothing is stored but bytes without a meaning that is known.
-bool isBytes(const FieldValues& values) {
-    const Field& field = *values.field;
-    constexpr std::size_t few = 16;
-    return field.rank == 1 && field.width == 1 && field.bits == 0 && !values.isText() && field.scale == 1.0 &&
-           field.zero == 0.0 && field.role != Role::Axis && unitOf(values).empty() && values.size() > few &&
-           field.dimensions[0].stride == 1 && field.dimensions[0].axisBlock == 0;
-}
-
 bool isZero(const FieldValues& values) {
     return std::ranges::all_of(values.values, [](double value) { return value == 0; }) &&
            std::ranges::all_of(values.texts, &std::string::empty);
@@ -91,7 +82,7 @@ public:
         }
         const bool isList = table.columns.size() == 1 && !table.hasRowAxis() && !table.hasColumnAxis();
         const FieldValues& first = *table.columns.front().values;
-        if (isList && isBytes(first)) {
+        if (isList && isPlainBytes(first)) {
             bytes(first.field->name, first.field->offset, table.rows);
             return;
         }
@@ -176,16 +167,7 @@ private:
         return isCommon ? unit : std::string();
     }
 
-    // What the entries of a dimension are, or what they should be labelled with.
-    std::string along(const ValueDimension& dimension) const {
-        const std::string name(dimension.name);
-        if (dimension.axisBlock == 0 || (dimension.axisBlock == block_.id && !dimension.axis))
-            return name;
-        std::string labels = escaped(axisName(dimension, block_.id));
-        if (dimension.axisBlock != block_.id)
-            labels += (labels.empty() ? "" : " ") + ('(' + std::to_string(dimension.axisBlock) + ')');
-        return dimension.axis ? labels : name + ", not fitting " + labels;
-    }
+    std::string along(const ValueDimension& dimension) const { return escaped(dimensionTitle(dimension, block_.id)); }
 
     void tableHeading(const BlockTable& table, std::string_view unit, bool isList) {
         std::vector<std::string> parts;
