@@ -96,6 +96,36 @@ def test_outliers(truth):
                 check(f"sigmas of {key}", np.isclose(one["sigmas"], (one["value"] - np.median(numbers)) / sigma), one)
 
 
+def page(*arguments, status=0):
+    """The documents of a page: the head, and the blocks."""
+    run("fleet", "fleet.sqlite", *arguments, "--report", "page.html", status=status)
+    with open("page.html", encoding="utf-8") as file:
+        found = re.findall(r'<script type="application/json" id="([a-z0-9-]+)">(.*?)</script>', file.read(), re.S)
+    documents = {name: json.loads(text) for name, text in found}
+    return documents.pop("head-data"), list(documents.values())
+
+
+def test_pages(truth):
+    for key in ("RFBO_EXTIN_GAIN", "POK_DCON_VTRIM_VALUE"):
+        head, blocks = page("outliers", "--block", key)
+        odd = {head["sources"][block["places"][place]["source"]]["name"]
+               for block in blocks for table in block["tables"] for place in table.get("odd", [])}
+        expected = {os.path.realpath("images/" + one["file"]) for one in truth["outliers"] if one["key"] == key}
+        check(f"the page of {key}", len(blocks) == 1 and odd == expected, (odd, expected))
+        curves = blocks[0]["tables"][0]["curves"]
+        values = values_of(key, "values")
+        check("a page's median", [np.median([value for _, value, _ in values[0, label, 0]]) for label in
+                                  sorted(at for row, at, _ in values if row == 0)] == curves[0]["spread"]["median"],
+              curves[0]["spread"])
+    head, blocks = page("trend", "--field", "values", "--block", "RFBO_ALC_DATA", "--at", "3 GHz", "--row", "1")
+    tables = {table["name"] for block in blocks for table in block["tables"]}
+    check("the page of a trend", any(name.endswith("at 3 GHz") for name in tables) and "values" in tables, tables)
+    head, blocks = page("wear")
+    check("the page of wear", [block["fields"][0]["name"] for block in blocks] == ["operating_hours"], head["title"])
+    head, blocks = page("verify", status=1)
+    check("the page of damage", not blocks and len(head["sources"]) == len(truth["damaged"]), head["title"])
+
+
 def test_trends(truth):
     checked = 0
     for drift in truth["drifts"]:
@@ -187,6 +217,7 @@ def main():
         test_trends(truth)
         test_damage(truth)
         test_wear(truth)
+        test_pages(truth)
         test_kill()
         test_two_at_once()
         os.chdir("/")

@@ -1,8 +1,10 @@
 #include "InfoJson.h"
 #include "Jobs.h"
+#include "ReportPage.h"
 #include "Terminal.h"
+#include "Writing.h"
 
-#include <travik/fleet/Questions.h>
+#include <travik/fleet/FleetReport.h>
 #include <travik/service/NumberFormat.h>
 
 #include <unistd.h>
@@ -107,14 +109,19 @@ public:
         command_.add_option("--name", filter_.name, "Only modules of this name");
         command_.add_option("--product-index", filter_.productIndex, "Only modules of this product index, \"02.04\"");
         command_.add_option("--part-number", filter_.partNumber, "Only modules of this part number, \"1141.3000.02\"");
-        command_.add_flag("--json", asJson_, "Write one JSON object; see docs/fleet.md");
+        CLI::Option* const json = command_.add_flag("--json", asJson_, "Write one JSON object; see docs/fleet.md");
+        command_.add_option("--report", page_, "Write a page with plots to this HTML file instead; see docs/report.md")
+            ->type_name("FILE")
+            ->excludes(json);
     }
     Question(const Question&) = delete;
     Question& operator=(const Question&) = delete;
     virtual ~Question() = default;
 
     bool isAsked() const { return command_.parsed(); }
-    int answer(const FleetDatabase& database) {
+    int answer(const FleetDatabase& database, const std::string& name) {
+        if (!page_.empty())
+            return writePage(database, name);
         if (!asJson_) {
             startPager();
             passSafeText();
@@ -128,6 +135,25 @@ protected:
     bool asJson_ = false;        // NOLINT(misc-non-private-member-variables-in-classes)
 
     virtual int ask(const FleetDatabase& database) = 0;
+    virtual Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) = 0;
+    /// What a page that could be written means.
+    virtual int pageStatus(const FleetDatabase& /*database*/) const { return AllWell; }
+
+private:
+    std::string page_;
+
+    int writePage(const FleetDatabase& database, const std::string& name) {
+        if (Travik::isSameFile(name, page_)) {
+            std::cerr << "datablock: " << InLine{page_} << ": is the database, which no page is written over\n";
+            return CallFailed;
+        }
+        const std::string generator = "datablock " TRAVIK_VERSION;
+        const Travik::ReportDocuments documents = report(database, generator);
+        if (!reportWriting(page_, writeImage(page_, reportPage(documents, generator))))
+            return CallFailed;
+        std::cerr << InLine{page_} << ": " << InLine{documents.title} << '\n';
+        return pageStatus(database);
+    }
 };
 
 int noBlock(const std::vector<std::string>& blocks) {
@@ -168,6 +194,12 @@ private:
         else
             writeTable(answer);
         return answer.points == 0 ? noBlock(blocks_) : AllWell;
+    }
+
+    Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) override {
+        question_.blocks = Travik::BlockSelector(blocks_);
+        question_.filter = filter_;
+        return Travik::outlierReport(database, question_, generator);
     }
 
     void writeJson(const Travik::OutlierAnswer& answer) const {
@@ -270,6 +302,13 @@ private:
         return trends.empty() ? DataWrong : AllWell;
     }
 
+    Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) override {
+        question_.fields = Travik::NameSelector(fields_);
+        question_.blocks = Travik::BlockSelector(blocks_);
+        question_.filter = filter_;
+        return Travik::trendReport(database, question_, generator);
+    }
+
     const char* over() const { return question_.over == Travik::TrendQuestion::Over::SerialNumber ? "serial" : "date"; }
 
     void writeJson(const std::vector<Travik::Trend>& trends) const {
@@ -322,6 +361,10 @@ private:
         return AllWell;
     }
 
+    Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) override {
+        return Travik::wearReport(database, filter_, generator);
+    }
+
     static void writeJson(const std::vector<Travik::WearCount>& counts) {
         Json list = Json::array();
         for (const Travik::WearCount& count : counts) {
@@ -361,6 +404,14 @@ private:
         else
             writeTable(damaged, images);
         return damaged.empty() ? AllWell : DataWrong;
+    }
+
+    Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) override {
+        return Travik::damageReport(database, filter_, generator);
+    }
+
+    int pageStatus(const FleetDatabase& database) const override {
+        return Travik::damagedImages(database, filter_).empty() ? AllWell : DataWrong;
     }
 
     static void writeJson(const std::vector<Travik::DamagedImage>& damaged, std::size_t images) {
@@ -404,7 +455,7 @@ public:
         const FleetDatabase database(database_, FleetDatabase::Access::Read);
         for (const std::unique_ptr<Question>& question : questions_) {
             if (question->isAsked())
-                return question->answer(database);
+                return question->answer(database, database_);
         }
         return CallFailed;
     }

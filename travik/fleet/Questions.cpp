@@ -1,4 +1,4 @@
-#include "DatabaseConnection.h"
+#include "ModuleRows.h"
 
 #include <travik/fleet/Questions.h>
 #include <travik/fleet/Statistics.h>
@@ -18,47 +18,6 @@ namespace {
 
 using sqlite::Database;
 using sqlite::Statement;
-
-/// The columns of a module, from the first place on, and the conditions that it is one of those meant: ?1 to ?3.
-constexpr std::string_view moduleColumns = "i.module, i.path, i.name, i.serial_number, i.product_index, "
-                                           "i.production_date";
-constexpr int moduleWidth = 6;
-constexpr std::string_view isMeant =
-    "i.vanished IS NULL AND (?1 IS NULL OR i.name = ?1) AND (?2 IS NULL OR i.product_index = ?2) AND "
-    "(?3 IS NULL OR i.part_number = ?3)";
-constexpr std::string_view isLatest =
-    "NOT EXISTS (SELECT 1 FROM images AS j WHERE j.module = i.module AND j.vanished IS NULL AND "
-    "(j.modified_ns, j.image) > (i.modified_ns, i.image))";
-
-void bindFilter(Statement& statement, const FleetFilter& filter) {
-    int place = 1;
-    for (const std::optional<std::string>* const text : {&filter.name, &filter.productIndex, &filter.partNumber}) {
-        if (*text)
-            statement.bind(place, std::string_view(**text));
-        else
-            statement.bindNull(place);
-        ++place;
-    }
-}
-
-FleetModule moduleAt(const Statement& statement, int first) {
-    FleetModule module;
-    module.module = statement.text(first);
-    module.path = statement.text(first + 1);
-    module.name = statement.text(first + 2);
-    if (!statement.isNull(first + 3))
-        module.serialNumber = statement.whole(first + 3);
-    module.productIndex = statement.text(first + 4);
-    module.productionDate = statement.text(first + 5);
-    return module;
-}
-
-std::string sql(std::initializer_list<std::string_view> parts) {
-    std::string text;
-    for (const std::string_view part : parts)
-        text += part;
-    return text;
-}
 
 /// The values of one curve, or of one single value, over the modules: point by point.
 struct ValueGroup {
@@ -122,31 +81,20 @@ struct ValueGroup {
     }
 };
 
-/// The key names of the blocks that are meant, each once.
-std::vector<std::string> keysOf(Database& database, const BlockSelector& blocks) {
-    std::vector<std::string> keys;
-    Statement all(database, "SELECT DISTINCT \"key\", identifier FROM blocks WHERE \"key\" <> '' ORDER BY \"key\"");
-    while (all.step()) {
-        std::string key(all.text(0));
-        if (blocks.selects(static_cast<int>(all.whole(1)), key) && (keys.empty() || keys.back() != key))
-            keys.push_back(std::move(key));
-    }
-    return keys;
-}
-
 /// Hands out the curves, then the single values, of a block group by group.
 class GroupReader {
 public:
     GroupReader(Database& database, const FleetFilter& filter)
-        : curves_(database, sql({"SELECT ", moduleColumns,
-                                 ", c.\"key\", c.field, c.\"row\", c.row_label, c.unit, c.step, c.axis_unit, "
-                                 "a.axis_values, c.point_values FROM curve_rows AS c JOIN axes AS a ON a.axis_id = "
-                                 "c.axis_id JOIN images AS i ON i.image = c.image WHERE c.\"key\" = ?4 AND ",
-                                 isMeant, " AND ", isLatest, " ORDER BY c.\"key\", c.field, c.\"row\", i.image"})),
-          scalars_(database, sql({"SELECT ", moduleColumns,
-                                  ", s.\"key\", s.field, 0, '', s.unit, 0.0, '', s.number FROM scalars AS s JOIN "
-                                  "images AS i ON i.image = s.image WHERE s.\"key\" = ?4 AND s.number IS NOT NULL AND ",
-                                  isMeant, " AND ", isLatest, " ORDER BY s.field, i.image"})) {
+        : curves_(database, sqlOf({"SELECT ", moduleColumns,
+                                   ", c.\"key\", c.field, c.\"row\", c.row_label, c.unit, c.step, c.axis_unit, "
+                                   "a.axis_values, c.point_values FROM curve_rows AS c JOIN axes AS a ON a.axis_id = "
+                                   "c.axis_id JOIN images AS i ON i.image = c.image WHERE c.\"key\" = ?4 AND ",
+                                   isMeant, " AND ", isLatest, " ORDER BY c.\"key\", c.field, c.\"row\", i.image"})),
+          scalars_(database,
+                   sqlOf({"SELECT ", moduleColumns,
+                          ", s.\"key\", s.field, 0, '', s.unit, 0.0, '', s.number FROM scalars AS s JOIN "
+                          "images AS i ON i.image = s.image WHERE s.\"key\" = ?4 AND s.number IS NOT NULL AND ",
+                          isMeant, " AND ", isLatest, " ORDER BY s.field, i.image"})) {
         bindFilter(curves_, filter);
         bindFilter(scalars_, filter);
     }
@@ -333,8 +281,12 @@ std::vector<Trend> trends(const FleetDatabase& database, const TrendQuestion& qu
                 if (!std::isfinite(line.slope))
                     continue;
                 const auto [least, most] = std::ranges::minmax(x);
+                std::vector<std::pair<double, double>> samples;
+                for (std::size_t i = 0; question.keepsSamples && i < x.size(); ++i)
+                    samples.emplace_back(x[i], y[i]);
                 all.push_back({slot.point, x.size(), line.slope, line.low, line.high, line.intercept,
-                               line.intercept + line.slope * least, line.intercept + line.slope * most});
+                               line.intercept + line.slope * least, line.intercept + line.slope * most,
+                               std::move(samples)});
             }
         });
     }
@@ -343,10 +295,10 @@ std::vector<Trend> trends(const FleetDatabase& database, const TrendQuestion& qu
 
 std::vector<WearCount> wear(const FleetDatabase& database, const FleetFilter& filter) {
     Statement statement(database.connection().database,
-                        sql({"SELECT ", moduleColumns,
-                             ", i.operating_hours, n.value, json_extract(i.wear_values, '$[' || n.key || ']') FROM "
-                             "images AS i, json_each(i.wear_names) AS n WHERE ",
-                             isMeant, " AND ", isLatest}));
+                        sqlOf({"SELECT ", moduleColumns,
+                               ", i.operating_hours, n.value, json_extract(i.wear_values, '$[' || n.key || ']') FROM "
+                               "images AS i, json_each(i.wear_names) AS n WHERE ",
+                               isMeant, " AND ", isLatest}));
     bindFilter(statement, filter);
     std::vector<WearCount> counts;
     while (statement.step()) {
@@ -374,10 +326,10 @@ std::vector<WearCount> wear(const FleetDatabase& database, const FleetFilter& fi
 
 std::vector<DamagedImage> damagedImages(const FleetDatabase& database, const FleetFilter& filter) {
     Statement statement(database.connection().database,
-                        sql({"SELECT ", moduleColumns,
-                             ", i.image, p.value FROM images AS i, "
-                             "json_each(i.problem_texts) AS p WHERE i.problems > 0 AND ",
-                             isMeant, " ORDER BY i.path, p.key"}));
+                        sqlOf({"SELECT ", moduleColumns,
+                               ", i.image, p.value FROM images AS i, "
+                               "json_each(i.problem_texts) AS p WHERE i.problems > 0 AND ",
+                               isMeant, " ORDER BY i.path, p.key"}));
     bindFilter(statement, filter);
     std::vector<DamagedImage> damaged;
     std::int64_t last = -1;
@@ -391,7 +343,7 @@ std::vector<DamagedImage> damagedImages(const FleetDatabase& database, const Fle
 }
 
 std::size_t imageCount(const FleetDatabase& database, const FleetFilter& filter) {
-    Statement statement(database.connection().database, sql({"SELECT count(*) FROM images AS i WHERE ", isMeant}));
+    Statement statement(database.connection().database, sqlOf({"SELECT count(*) FROM images AS i WHERE ", isMeant}));
     bindFilter(statement, filter);
     return statement.step() ? static_cast<std::size_t>(statement.whole(0)) : 0;
 }

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Questions to a fleet in a database. Each module counts once, with its latest image; vanished images do not count.
@@ -80,6 +81,7 @@ struct TrendQuestion {
     /// Only the point with this label: a number, and where the labels are frequencies maybe a unit of those ("3 GHz").
     std::optional<std::string> at;
     std::size_t fewest = 5;
+    bool keepsSamples = false; ///< whether the answer has the points that a line goes through
 };
 
 /// How a value changes over the modules.
@@ -89,9 +91,10 @@ struct Trend {
     double slope; ///< Theil-Sen, a serial number, or a year of 365.25 days
     double low;   ///< its confidence interval of 95 %
     double high;
-    double intercept; ///< at serial number 0, or 1970-01-01
-    double from;      ///< the value of the line at the first serial number or date
-    double to;        ///< and at the last
+    double intercept;                               ///< at serial number 0, or 1970-01-01
+    double from;                                    ///< the value of the line at the first serial number or date
+    double to;                                      ///< and at the last
+    std::vector<std::pair<double, double>> samples; ///< serial number or year, and value; as the question asks
 
     bool isSure() const { return low > 0 || high < 0; }
 };
