@@ -11,10 +11,18 @@ if(TRAVIK_BUILD_SERVICE)
   list(APPEND packages travik-service)
   unset(unbuilt)
 endif()
+if(TRAVIK_BUILD_FLEET)
+  install(TARGETS travik-fleet EXPORT TravikDatablockTargets)
+  list(APPEND packages travik-fleet)
+else()
+  list(APPEND unbuilt PATTERN "fleet" EXCLUDE)
+endif()
 
-# *Kernels.h are for the library itself and for the tests and benchmarks of the tree only, service/files/ is for the library.
+# *Kernels.h are for the library itself and for the tests and benchmarks of the tree only, service/files/ and what the fleet
+# library reaches databases and servers with are for the library.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE PATTERN "files" EXCLUDE ${unbuilt})
+  FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE PATTERN "files" EXCLUDE PATTERN "DatabaseConnection.h" EXCLUDE
+  PATTERN "Http.h" EXCLUDE PATTERN "ModuleRows.h" EXCLUDE PATTERN "Sqlite.h" EXCLUDE ${unbuilt})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/TravikDatablock)

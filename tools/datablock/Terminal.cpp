@@ -235,7 +235,8 @@ void Progress::show(std::size_t done) {
         return;
     next_ = Clock::now() + std::chrono::milliseconds(100);
     isShown_ = true;
-    writeAll(STDERR_FILENO, "\r" + std::to_string(done) + " of " + std::to_string(total_) + " images");
+    const std::string of = total_ > 0 ? " of " + std::to_string(total_) : std::string();
+    writeAll(STDERR_FILENO, "\r" + std::to_string(done) + of + " images");
 }
 
 void Progress::hide() {

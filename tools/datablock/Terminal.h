@@ -28,7 +28,8 @@ void endPager();
 /// A line on a terminal's standard error: how many are done. It comes when it has lasted half a second.
 class Progress {
 public:
-    explicit Progress(std::size_t total);
+    /// 0: nobody knows how many there are.
+    explicit Progress(std::size_t total = 0);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress() { hide(); }

@@ -25,6 +25,10 @@ int runTool(int argc, char** argv) {
                                 Tool::exportCommand, Tool::importCommand, Tool::buildCommand, Tool::diffCommand,
                                 Tool::setCommand, Tool::copyCommand, Tool::removeCommand, Tool::resealCommand})
         commands.push_back(declare(app));
+#ifdef TRAVIK_HAS_FLEET
+    for (const auto& declare : {Tool::collectCommand, Tool::fleetCommand})
+        commands.push_back(declare(app));
+#endif
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     // Here "++" ends the options of a subcommand, unless it is spelt as the file that it names.
     std::ranges::replace(arguments, "++", "./++");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <travik/service/Export.h>
+
 #include <array>
 #include <charconv>
 #include <concepts>
@@ -18,7 +20,7 @@ void appendUtf8(std::string& text, unsigned int codePoint);
 /// Numbers come in the shortest form that reads back as the same double: in decimals from 1e-4 on to below 1e16, with
 /// an exponent elsewhere. Whole ones end with ".0" where they were not written as integers, so that a script sees the
 /// same type whatever the value.
-class JsonText {
+class TRAVIK_SERVICE_EXPORT JsonText {
 public:
     void raw(std::string_view text) {
         reserve(text.size());
