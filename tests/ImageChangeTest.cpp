@@ -368,7 +368,8 @@ TEST(AssignArray, IsDoneAsAWholeOrNotAtAll) {
 TEST(AssignArray, KeepsTheBytesBehindATextThatIsTheSame) {
     std::vector<char> image = sample("rf-board");
     const ModuleImage before(image);
-    const Field* const field = BlockLayout(before.blocks().front()).find("name");
+    const BlockLayout layout(before.blocks().front());
+    const Field* const field = layout.find("name");
     ASSERT_NE(field, nullptr);
     const std::size_t last = field->offset + field->width - 1;
     image[last] = 'x'; // behind the NUL
