@@ -65,7 +65,7 @@ SecondEditionFields::SecondEditionFields(std::span<const char> block) {
     const int id = bytes::load<unsigned short>(block, 0);
     const auto addIds = [&](const char* name, const char* dimension, std::uint64_t at, ETypeId type,
                             unsigned int extent) {
-        const Form& form = formOf(type);
+        const Form& form = formOf(static_cast<unsigned int>(type));
         if (form.width > 0 && extent > 0)
             fields_.push_back(along(make(name, at, form, Role::Axis), dimension, extent, form.width));
         return form.width > 0 ? id : 0;
