@@ -1,7 +1,7 @@
 #include <travik/datablock/Bytes.h>
-#include <travik/datablock/Checksum.h>
 #include <travik/registry/Capacity.h>
 #include <travik/service/BlockAddress.h>
+#include <travik/service/ElementWriter.h>
 #include <travik/service/ImageChange.h>
 #include <travik/service/Seal.h>
 #include <travik/service/StoreValue.h>
@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
-#include <cstdlib>
 #include <map>
 #include <set>
 #include <type_traits>
@@ -23,7 +21,6 @@ namespace {
 
 constexpr std::size_t checksumAt = offsetof(HwSDatablockHeader, checksum);
 constexpr std::size_t crcAt = sizeof(HwSDatablockHeader);
-constexpr std::size_t smallestUnread = 0x8000; // from here on no class sums
 
 /// A whole number without sign that is all of the text.
 template <class T>
@@ -33,73 +30,10 @@ std::optional<T> wholeText(std::string_view text) {
     return end.ec == std::errc() && end.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
-/// Makes the sums of a block's changed bytes right, as they were before. A word that nobody checks stays.
-void seal(std::span<char> bytes, const ImageBlock& before) {
-    const auto word = bytes::load<std::uint16_t>(before.bytes, checksumAt);
-    sealBlock(bytes, before.isSecondEdition ? Crc32::SecondEdition : before.crcHolds ? Crc32::Carried : Crc32::None);
-    if (before.isEnd() || bytes.size() < smallestUnread || word == 0)
-        return;
-    const auto sum = static_cast<std::uint16_t>(0x10000U - sum16(bytes.data(), bytes.size()));
-    bytes::store(bytes, checksumAt, before.checksumChecked ? sum : word);
-}
-
-/// Whether the field holds integers of 64 bits, and these are what is to be stored.
-bool isWide(const Field& field) {
-    return field.bits == 0 && (field.stored == Stored::U64 || field.stored == Stored::I64) && field.scale == 1.0 &&
-           field.zero == 0.0;
-}
-
 std::optional<double> numberText(std::string_view text) {
     double number = 0;
     return std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc() ? std::optional(number)
                                                                                              : std::nullopt;
-}
-
-bool isTextual(const Field& field, bool areStored) {
-    return field.stored == Stored::Text || (field.role == Role::Date && !areStored);
-}
-
-/// The field without scale, zero and unit.
-Field plain(const Field& field) {
-    Field result = field;
-    result.scale = 1.0;
-    result.zero = 0.0;
-    result.unit = "";
-    return result;
-}
-
-constexpr const char* notWhole = "not a whole number, as the field stores them";
-
-/// Stores a number; what is wrong, or nothing.
-std::string storeNumber(std::span<char> block, const Field& field, unsigned int element, std::string_view text,
-                        bool areStored, bool& isRounded) {
-    if (text.starts_with('+') && !text.starts_with("+-"))
-        text.remove_prefix(1);
-    if (isWide(field)) { // no double has all of their digits
-        const std::size_t offset = field.elementOffset(element);
-        const auto natural = wholeText<std::uint64_t>(text);
-        const auto integer = wholeText<std::int64_t>(text);
-        if (field.stored == Stored::U64 ? natural.has_value() : integer.has_value()) {
-            const std::uint64_t word =
-                field.stored == Stored::U64 ? natural.value() : static_cast<std::uint64_t>(integer.value());
-            return bytes::store(block, offset, word) ? "" : describeOutcome(StoreOutcome::Outside, field);
-        }
-    }
-    double number = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
-    // Out of range is said of what is too small, too, which is 0 or the smallest number.
-    const bool isOutside = end.ec == std::errc::result_out_of_range;
-    if (isOutside)
-        number = std::strtod(std::string(text).c_str(), nullptr);
-    StoreOutcome outcome = StoreOutcome::WrongKind;
-    if (end.ec != std::errc::invalid_argument && end.ptr == text.data() + text.size())
-        outcome = isOutside && std::isinf(number) ? StoreOutcome::OutOfRange
-                  : areStored                     ? storeStored(block, field, element, number)
-                                                  : storeValue(block, field, element, number);
-    isRounded = outcome == StoreOutcome::Rounded;
-    if (outcome == StoreOutcome::OutOfRange && areStored && !field.isFloating() && std::nearbyint(number) != number)
-        return notWhole;
-    return describeOutcome(outcome, field);
 }
 
 template <class Value>
@@ -111,89 +45,6 @@ std::string valueText(const Value& value) {
         return value;
     }
 }
-
-/// Writes elements of a field that are no texts to read.
-class ElementWriter {
-public:
-    ElementWriter(std::span<const char> before, const Field& field, bool areStored)
-        : field_(areStored ? plain(field) : field), areStored_(areStored), isText_(isTextual(field, areStored)),
-          bytes_(before) {
-        if (isText_)
-            return;
-        before_.resize(field.elements());
-        fieldValues(before, field_, before_);
-    }
-
-    /// Whether the element, which lies in the block, has the value before anything is written.
-    template <class Value>
-    bool has(unsigned int element, const Value& value) const {
-        if constexpr (std::is_same_v<Value, std::string>) {
-            return isText_ && value == textOf(element);
-        } else if constexpr (std::is_same_v<Value, double>) {
-            if (isText_)
-                return false;
-            const double before = before_[element];
-            return std::isnan(value) ? std::isnan(before)
-                                     : value == before && std::signbit(value) == std::signbit(before);
-        } else {
-            return false;
-        }
-    }
-
-    /// What is wrong, or nothing.
-    template <class Value>
-    std::string write(std::span<char> block, unsigned int element, const Value& value, bool& isRounded) const {
-        StoreOutcome outcome = StoreOutcome::WrongKind;
-        if constexpr (std::is_same_v<Value, std::string>) {
-            if (isText_)
-                outcome = storeText(block, field_, element, value);
-        } else if (!isText_) {
-            outcome = writeNumber(block, element, value);
-            if (outcome == StoreOutcome::OutOfRange && areStored_ && isBroken(value))
-                return notWhole;
-        } else if (field_.stored != Stored::Text) {
-            outcome = StoreOutcome::NoDate;
-        }
-        isRounded = outcome == StoreOutcome::Rounded;
-        return describeOutcome(outcome, field_);
-    }
-
-private:
-    Field field_;
-    bool areStored_;
-    bool isText_;
-    std::span<const char> bytes_; // of the block before
-    std::vector<double> before_;  // physical, or as stored
-
-    std::string textOf(unsigned int element) const {
-        const std::size_t at = field_.elementOffset(element);
-        return field_.stored == Stored::Text ? toUtf8(bytes::text(bytes_, at, field_.width))
-                                             : dateText(bytes::load<std::uint16_t>(bytes_, at));
-    }
-
-    template <class Number>
-    bool isBroken(Number number) const {
-        const auto wide = static_cast<double>(number);
-        return !field_.isFloating() && std::isfinite(wide) && std::nearbyint(wide) != wide;
-    }
-
-    template <class Number>
-    StoreOutcome writeNumber(std::span<char> block, unsigned int element, Number number) const {
-        if constexpr (std::is_integral_v<Number>) {
-            if (isWide(field_)) { // no double has all of their digits
-                const bool fits = field_.stored == Stored::U64 ? std::in_range<std::uint64_t>(number)
-                                                               : std::in_range<std::int64_t>(number);
-                if (!fits)
-                    return StoreOutcome::OutOfRange;
-                return bytes::store(block, field_.elementOffset(element), static_cast<std::uint64_t>(number))
-                           ? StoreOutcome::Exact
-                           : StoreOutcome::Outside;
-            }
-        }
-        const auto wide = static_cast<double>(number);
-        return areStored_ ? storeStored(block, field_, element, wide) : storeValue(block, field_, element, wide);
-    }
-};
 
 /// Takes assignment after assignment.
 class Assigner {
@@ -282,16 +133,9 @@ private:
             return "outside the block, which has " + std::to_string(block->bytes.size()) + " bytes";
         if (!elements_.emplace(&field, element).second)
             return "is set twice";
-        return storeElement(assignment, touched, field, element);
-    }
-
-    std::string storeElement(const Assignment& assignment, const Touched& touched, const Field& field,
-                             unsigned int element) {
-        const auto write = [&](std::span<char> block, bool& isRounded) {
-            return isTextual(field, options_.areStored)
-                       ? describeOutcome(storeText(block, field, element, assignment.value), field)
-                       : storeNumber(block, options_.areStored ? plain(field) : field, element, assignment.value,
-                                     options_.areStored, isRounded);
+        const ElementWriter writer(field, options_.areStored);
+        const auto write = [&](std::span<char> bytes, bool& isRounded) {
+            return writer.writeText(bytes, element, assignment.value, isRounded);
         };
         return storeWith(write, &assignment, touched, field, element);
     }
@@ -333,7 +177,8 @@ private:
                          const Field& field, ArrayReport& report) {
         if (given.size() != array.elements.size())
             return "takes a value for each element";
-        const ElementWriter writer(touched.block->bytes, field, options_.areStored);
+        const ElementWriter writer(field, options_.areStored);
+        const ElementValues before(touched.block->bytes, field, options_.areStored);
         std::vector<bool> isSet(field.elements());
         stores_.reserve(given.size());
         for (std::size_t i = 0; i < given.size(); ++i) {
@@ -344,9 +189,9 @@ private:
                 why = describeOutcome(StoreOutcome::Outside, field);
             else if (isSet[element])
                 why = "is set twice";
-            else if (isSet[element] = true; !writer.has(element, given[i]))
+            else if (isSet[element] = true; !before.has(element, given[i]))
                 why = storeWith(
-                    [&](auto block_, bool& isRounded) { return writer.write(block_, element, given[i], isRounded); },
+                    [&](auto bytes, bool& isRounded) { return writer.write(bytes, element, given[i], isRounded); },
                     nullptr, touched, field, element);
             if (!why.empty()) {
                 report.refusal = {nameOf(touched, field, element) + '=' + valueText(given[i]), std::move(why)};
@@ -435,7 +280,7 @@ private:
             field.role == Role::Count ? capacityOf(block, touched.before.layout.fields(), field) : std::nullopt;
         if (!capacity)
             return why;
-        Field one = plain(field);
+        Field one = asStored(field);
         one.offset = static_cast<unsigned int>(field.elementOffset(element));
         one.rank = 0;
         const double count = fieldValue(block, one);
@@ -452,9 +297,12 @@ private:
     /// A value may neither turn the block into another table nor be one that the sums decide.
     void sealAll() {
         const std::vector<char> unsealed = bytes_;
+        std::set<const Touched*> reshaped;
         for (const auto& [offset, touched] : touched_) {
             const std::span<char> block = bytesOf(*touched.block);
-            seal(block, *touched.block);
+            sealAgain(block, *touched.block);
+            if (!keepsLayout(touched))
+                reshaped.insert(&touched);
             if (!isSealed(*touched.block))
                 report_.resealed.push_back(offset);
         }
@@ -465,7 +313,7 @@ private:
             std::string_view why;
             for (std::size_t i = 0; i < stored.field->width && why.empty(); ++i)
                 why = isSum(i) ? "is part of the sums of the block, which decide it" : "";
-            if (why.empty() && !keepsLayout(*stored.touched))
+            if (why.empty() && reshaped.contains(stored.touched))
                 why = "would change the shape of the table, and with it what its bytes are";
             if (!why.empty())
                 report_.refusals.push_back({stored.assignment ? stored.assignment->text
@@ -590,7 +438,7 @@ ResealReport resealImage(std::vector<char>& image, const BlockSelector& selector
         if (isSealed(block) && !isStray)
             continue;
         const std::span<char> bytes = std::span(image).subspan(block.offset, block.bytes.size());
-        seal(bytes, block);
+        sealAgain(bytes, block);
         if (isStray)
             bytes::store(bytes, checksumAt, std::uint16_t{0});
         const auto tell = [&](Sum sum, std::uint32_t before, std::uint32_t after) {

@@ -50,4 +50,14 @@ void sealBlock(std::span<char> block, Crc32 crc32) {
     bytes::store(block, checksumOffset, static_cast<std::uint16_t>(0x10000U - sum16(block.data(), summed)));
 }
 
+void sealAgain(std::span<char> bytes, const ImageBlock& before) {
+    constexpr std::size_t smallestUnread = 0x8000; // from here on no class sums
+    const auto word = bytes::load<std::uint16_t>(before.bytes, checksumOffset);
+    sealBlock(bytes, before.isSecondEdition ? Crc32::SecondEdition : before.crcHolds ? Crc32::Carried : Crc32::None);
+    if (before.isEnd() || bytes.size() < smallestUnread || word == 0)
+        return;
+    const auto sum = static_cast<std::uint16_t>(0x10000U - sum16(bytes.data(), bytes.size()));
+    bytes::store(bytes, checksumOffset, before.checksumChecked ? sum : word);
+}
+
 } // namespace Travik

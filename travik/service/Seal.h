@@ -1,5 +1,6 @@
 #pragma once
 
+#include <travik/registry/ModuleImage.h>
 #include <travik/service/Export.h>
 
 #include <span>
@@ -20,5 +21,8 @@ enum class Crc32 : unsigned char {
 /// The update index of a packed table is the upper half of its CRC-32. Where two bytes at least follow the values, the
 /// last two are chosen so that it stays; elsewhere the CRC-32 decides.
 TRAVIK_SERVICE_EXPORT void sealBlock(std::span<char> block, Crc32 crc32);
+
+/// Makes the sums of a block's changed bytes right, those that the block had before. A word that nobody checks stays.
+TRAVIK_SERVICE_EXPORT void sealAgain(std::span<char> bytes, const ImageBlock& before);
 
 } // namespace Travik
