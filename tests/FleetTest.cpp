@@ -5,8 +5,9 @@
 #include <travik/fleet/FleetDatabase.h>
 #include <travik/fleet/JsonLines.h>
 #include <travik/fleet/Questions.h>
-#include <travik/fleet/Statistics.h>
+#include <travik/fleet/TrendLine.h>
 #include <travik/service/ImageFile.h>
+#include <travik/service/RobustStatistics.h>
 #include <travik/service/Values.h>
 
 #include <nlohmann/json.hpp>

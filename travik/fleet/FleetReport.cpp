@@ -272,17 +272,7 @@ private:
         }
         for (std::size_t i = 0; i < most && chosen.size() < most; ++i)
             chosen.insert(i * places / most);
-        const auto keep = [&](auto& items) {
-            std::remove_reference_t<decltype(items)> kept;
-            for (const std::size_t i : chosen)
-                kept.push_back(std::move(items[i]));
-            items = std::move(kept);
-        };
-        for (ReportCurve& curve : table.curves)
-            keep(curve.values);
-        keep(table.drawn);
-        if (!table.ownAxes.empty())
-            keep(table.ownAxes);
+        drawOnly(table, std::vector(chosen.begin(), chosen.end()));
     }
 };
 

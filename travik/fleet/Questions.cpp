@@ -1,8 +1,9 @@
 #include "ModuleRows.h"
 
 #include <travik/fleet/Questions.h>
-#include <travik/fleet/Statistics.h>
+#include <travik/fleet/TrendLine.h>
 #include <travik/service/NumberFormat.h>
+#include <travik/service/RobustStatistics.h>
 
 #include <algorithm>
 #include <charconv>

@@ -45,6 +45,9 @@ TRAVIK_SERVICE_EXPORT void judgeFamily(ReportTable& table, std::size_t mostDrawn
 /// So few cannot be judged: then `odd` and `deviations` stay empty.
 inline constexpr std::size_t fewestJudged = 5;
 
+/// Leaves of the curves of a family these, by their places in ascending order. Spread and deviations stay those of all.
+TRAVIK_SERVICE_EXPORT void drawOnly(ReportTable& table, std::span<const std::size_t> chosen);
+
 /// Whether ascending values are spaced more evenly by ratio than by difference.
 TRAVIK_SERVICE_EXPORT bool isLogarithmic(std::span<const double> values);
 

@@ -1,4 +1,5 @@
 #include <travik/service/Report.h>
+#include <travik/service/RobustStatistics.h>
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +13,6 @@ namespace Travik {
 namespace {
 
 constexpr double none = std::numeric_limits<double>::quiet_NaN();
-constexpr double sigmaOfMad = 1.4826; // of a normal distribution
 
 /// Of ascending numbers, between two of them where the place is.
 double quantile(const std::vector<double>& ascending, double part) {
@@ -23,19 +23,6 @@ double quantile(const std::vector<double>& ascending, double part) {
     const std::size_t above = std::min(below + 1, ascending.size() - 1);
     const double fraction = place - static_cast<double>(below);
     return fraction == 0 ? ascending[below] : ascending[below] + fraction * (ascending[above] - ascending[below]);
-}
-
-double medianOf(std::vector<double> numbers) {
-    std::ranges::sort(numbers);
-    return quantile(numbers, 0.5);
-}
-
-double medianDistance(const std::vector<double>& numbers, double middle) {
-    std::vector<double> distances;
-    distances.reserve(numbers.size());
-    for (const double number : numbers)
-        distances.push_back(std::abs(number - middle));
-    return medianOf(std::move(distances));
 }
 
 /// A difference below which nothing is odd, however alike the others are.
@@ -64,9 +51,7 @@ public:
             spread.median.push_back(quantile(numbers, 0.5));
             spread.upperQuartile.push_back(quantile(numbers, 0.75));
             spread.highest.push_back(quantile(numbers, 1));
-            const double middle = spread.median.back();
-            sigmas.push_back(
-                numbers.empty() ? none : std::max(sigmaOfMad * medianDistance(numbers, middle), stepOf(curve, middle)));
+            sigmas.push_back(numbers.empty() ? none : RobustSpread(numbers, stepOf(curve, spread.median.back())).sigma);
         }
         measure(curve, spread, sigmas);
         curve.spread = std::move(spread);
@@ -79,8 +64,8 @@ public:
         if (known.size() < fewestJudged)
             return;
         constexpr double factor = 6;
-        const double middle = medianOf(known);
-        const double limit = std::max(factor, middle + factor * sigmaOfMad * medianDistance(known, middle));
+        const RobustSpread usual(known, 0);
+        const double limit = std::max(factor, usual.median + factor * usual.sigma);
         table_.deviations = farthest_;
         for (std::size_t i = 0; i < farthest_.size(); ++i) {
             if (farthest_[i] > limit || (!isComparable(i) && hasValues(i)))
@@ -96,9 +81,10 @@ public:
         chosen.resize(std::min(chosen.size(), most));
         std::vector<std::size_t> others(farthest_.size());
         std::iota(others.begin(), others.end(), 0U);
-        std::erase_if(others, [&](std::size_t i) {
-            return farthest_[i] < 0 || std::ranges::find(table_.odd, i) != table_.odd.end();
-        });
+        std::vector<bool> isOdd(farthest_.size());
+        for (const std::size_t i : table_.odd)
+            isOdd[i] = true;
+        std::erase_if(others, [&](std::size_t i) { return farthest_[i] < 0 || isOdd[i]; });
         std::ranges::stable_sort(others, {}, [&](std::size_t i) { return farthest_[i]; });
         const std::size_t room = std::min(most - chosen.size(), others.size());
         for (std::size_t i = 0; i < room; ++i)
@@ -133,7 +119,7 @@ private:
                 if (std::isfinite(sigmas[j]))
                     near.push_back(sigmas[j]);
             }
-            made.push_back(near.empty() ? 0 : medianOf(std::move(near)));
+            made.push_back(near.empty() ? 0 : median(std::move(near)));
         }
         return made;
     }
@@ -165,8 +151,10 @@ void judgeFamily(ReportTable& table, std::size_t mostDrawn) {
     judge.conclude();
     if (table.drawn.size() <= mostDrawn)
         return;
-    // The deviations stay, one a place; what is drawn shrinks.
-    const std::vector<std::size_t> chosen = judge.choice(mostDrawn);
+    drawOnly(table, judge.choice(mostDrawn));
+}
+
+void drawOnly(ReportTable& table, std::span<const std::size_t> chosen) {
     const auto keep = [&](auto& items) {
         std::remove_reference_t<decltype(items)> kept;
         for (const std::size_t i : chosen)

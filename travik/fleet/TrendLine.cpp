@@ -1,4 +1,5 @@
-#include <travik/fleet/Statistics.h>
+#include <travik/fleet/TrendLine.h>
+#include <travik/service/RobustStatistics.h>
 
 #include <algorithm>
 #include <cmath>
@@ -148,30 +149,6 @@ double tiesOf(std::vector<double> numbers) {
 }
 
 } // namespace
-
-double median(std::vector<double> numbers) {
-    if (numbers.empty())
-        return nan;
-    const auto middle = numbers.begin() + std::ssize(numbers) / 2;
-    std::ranges::nth_element(numbers, middle);
-    const double upper = *middle;
-    if (numbers.size() % 2 == 1)
-        return upper;
-    return (*std::max_element(numbers.begin(), middle) + upper) / 2;
-}
-
-RobustSpread::RobustSpread(const std::vector<double>& numbers, double step) : median(Travik::median(numbers)) {
-    std::vector<double> deviations(numbers);
-    for (double& deviation : deviations)
-        deviation = std::abs(deviation - median);
-    mad = Travik::median(std::move(deviations));
-    sigma = std::max(consistency * mad, step);
-}
-
-double RobustSpread::score(double number) const {
-    const double deviation = number - median;
-    return deviation == 0 ? 0 : deviation / sigma;
-}
 
 TrendLine theilSen(std::span<const double> x, std::span<const double> y) {
     constexpr double normalQuantile = 1.959963984540054; // of 97.5 %
