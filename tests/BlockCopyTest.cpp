@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace {
+namespace BlockCopyTest {
 
 using namespace Travik;
 using testing::HasSubstr;
@@ -324,4 +324,4 @@ TEST(BlockCopy, TakesDamagedImagesForWhatTheyAre) {
     EXPECT_GT(done, 100U);
 }
 
-} // namespace
+} // namespace BlockCopyTest

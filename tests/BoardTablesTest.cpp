@@ -4,11 +4,11 @@
 #include <functional>
 #include <memory>
 
+namespace BoardTablesTest {
+
 using namespace Travik;
 using namespace BoardTables;
 using namespace Support;
-
-namespace {
 
 struct Kind {
     const char* className;
@@ -404,4 +404,4 @@ TEST(BoardTableAccessors, OfCountsOfTables) {
                &HwDatablockMbrdRfResponseLpAmp::setNumberOfFreqCount, 9, 100U, 100U);
 }
 
-} // namespace
+} // namespace BoardTablesTest

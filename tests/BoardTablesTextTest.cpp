@@ -3,11 +3,11 @@
 
 #include <memory>
 
+namespace BoardTablesTextTest {
+
 using namespace Travik;
 using namespace BoardTables;
 using namespace Support;
-
-namespace {
 
 constexpr std::size_t countOffset = 8;
 
@@ -466,4 +466,4 @@ TEST(BoardTables, WiqVectorsAreHandedOutEvenWhenTheChecksumIsWrong) {
     EXPECT_EQ(textOf(sensor) + textOf(dac), "") << "they print nothing";
 }
 
-} // namespace
+} // namespace BoardTablesTextTest

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <map>
 
+namespace CatalogueRulesTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 /// Calls the function with every identifier, the list of its fields, and a name for failures.
 template <class Function>
@@ -157,4 +157,4 @@ TEST(CatalogueRules, KeysAreUnique) {
     }
 }
 
-} // namespace
+} // namespace CatalogueRulesTest

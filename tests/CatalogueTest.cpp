@@ -2,10 +2,10 @@
 
 #include <set>
 
+namespace CatalogueTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 struct Served {
     const CatalogueEntry* entry;
@@ -283,4 +283,4 @@ TEST(Interpreter, AConversionCountsAsADictionary) {
     EXPECT_FALSE(HwDatablockOldStyleInterpreter().swapHwDatablock(HwDataFormatFirmware, 2, nullptr));
 }
 
-} // namespace
+} // namespace CatalogueTest

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace {
+namespace ChecksumTest {
 
 using Bytes = std::vector<unsigned char>;
 
@@ -129,4 +129,4 @@ TEST(BlockCrc32, LeavesOutChecksumAlignmentAndItself) {
     });
 }
 
-} // namespace
+} // namespace ChecksumTest

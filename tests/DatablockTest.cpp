@@ -2,10 +2,10 @@
 
 #include <QFile>
 
+namespace DatablockTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 constexpr auto foreign = HwDataFormatForeign;
 
@@ -362,4 +362,4 @@ TEST(ModuleTypes, KnownNames) {
     EXPECT_STREQ(moduleTypes()[60].lowerName, "sudaconverter");
 }
 
-} // namespace
+} // namespace DatablockTest

@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace {
+namespace DescribeTest {
 
 using namespace Travik;
 using nlohmann::json;
@@ -174,4 +174,4 @@ TEST(Kaitai, EveryIdentifierLeadsToItsType) {
     }
 }
 
-} // namespace
+} // namespace DescribeTest

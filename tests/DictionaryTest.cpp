@@ -3,9 +3,9 @@
 #include <map>
 #include <string>
 
-using namespace Travik;
+namespace DictionaryTest {
 
-namespace {
+using namespace Travik;
 
 struct Range {
     int first;
@@ -231,4 +231,4 @@ TEST(Dictionary, ConvertsExactlyTheConvertibleIdentifiers) {
     expectSame(actual, expected);
 }
 
-} // namespace
+} // namespace DictionaryTest

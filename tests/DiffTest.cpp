@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <limits>
 
-namespace {
+namespace DiffTest {
 
 using namespace Travik;
 using nlohmann::json;
@@ -559,4 +559,4 @@ TEST(DiffDocument, HasEverything) {
     EXPECT_EQ(number["new"], 1.5);
 }
 
-} // namespace
+} // namespace DiffTest

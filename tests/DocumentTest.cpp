@@ -14,7 +14,7 @@
 #include <filesystem>
 #include <set>
 
-namespace {
+namespace DocumentTest {
 
 using namespace Travik;
 using Json = nlohmann::ordered_json;
@@ -593,4 +593,4 @@ TEST(Document, HoldsEveryNumberThatTablesPrint) {
     EXPECT_GT(checked, 100000U);
 }
 
-} // namespace
+} // namespace DocumentTest

@@ -21,7 +21,7 @@
 #include <limits>
 #include <numeric>
 
-namespace {
+namespace FleetTest {
 
 using namespace Travik;
 namespace fs = std::filesystem;
@@ -443,4 +443,4 @@ TEST(FleetDocument, IsTheSchema) {
         << ClickHouse::schema("fleet");
 }
 
-} // namespace
+} // namespace FleetTest

@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <numeric>
 
-namespace {
+namespace ImageChangeTest {
 
 using namespace Travik;
 using testing::HasSubstr;
@@ -436,4 +436,4 @@ TEST(Reseal, LeavesWhatIsDoubtful) {
     }
 }
 
-} // namespace
+} // namespace ImageChangeTest

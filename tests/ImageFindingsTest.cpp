@@ -6,10 +6,10 @@
 #include <iterator>
 #include <set>
 
+namespace ImageFindingsTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 const std::string endBlock("\xFF\xFF\0\0", 4);
 
@@ -335,4 +335,4 @@ INSTANTIATE_TEST_SUITE_P(All, Samples,
                              return name;
                          });
 
-} // namespace
+} // namespace ImageFindingsTest

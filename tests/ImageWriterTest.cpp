@@ -31,13 +31,13 @@
 #include <random>
 #include <set>
 
+namespace ImageWriterTest {
+
 using namespace Travik;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Matcher;
-
-namespace {
 
 namespace fs = std::filesystem;
 
@@ -203,8 +203,6 @@ void becomeNobody() {
         ::setresuid(nobody, nobody, nobody) != 0)
         ::_exit(skipped);
 }
-
-} // namespace
 
 TEST_F(ImageWriter, ReplacesAFileWholeAndKeepsWhatBelongsToIt) {
     fs::create_symlink("image", "link");
@@ -691,3 +689,5 @@ TEST_F(ImageWriter, ANewFileHasThePermissionsOfAnyOther) {
     ::umask(before);
     EXPECT_EQ(statusOf("new").st_mode & 07777U, 0640U);
 }
+
+} // namespace ImageWriterTest

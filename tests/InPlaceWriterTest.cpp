@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <optional>
 
-namespace {
+namespace InPlaceWriterTest {
 
 using namespace Travik;
 using testing::HasSubstr;
@@ -177,4 +177,4 @@ TEST(InPlaceWriter, SaysWhatIsUnknown) {
               "did not take the new bytes at offset 35; the old bytes were written back");
 }
 
-} // namespace
+} // namespace InPlaceWriterTest

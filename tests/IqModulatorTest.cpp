@@ -3,10 +3,10 @@
 #include <cmath>
 #include <limits>
 
+namespace IqModulatorTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 TEST(IqModulator, PackedRowFieldsLieInTheirBits) {
     using Row = HwSIqOp3RfmCalibDataBlock;
@@ -295,4 +295,4 @@ TEST(IqModulator, FieldsOfPackedRows) {
                                            "lev_att_45=37dB 10302"));
 }
 
-} // namespace
+} // namespace IqModulatorTest

@@ -2,11 +2,12 @@
 
 #include <array>
 
+/// What the interface keeps its users from, by the compiler where it can.
+
+namespace MisuseTest {
+
 using namespace Travik;
 using namespace Support;
-
-/// What the interface keeps its users from, by the compiler where it can.
-namespace {
 
 enum Enumerator { Any };
 
@@ -103,4 +104,4 @@ TEST(Misuse, ImagesThatDoNotStay) {
     EXPECT_THAT(problems.front().text, testing::StartsWith("size word 0"));
 }
 
-} // namespace
+} // namespace MisuseTest

@@ -1,9 +1,9 @@
 #include "Support.h"
 
+namespace ModuleImageTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 const std::string endBlock("\xFF\xFF\0\0", 4);
 
@@ -66,4 +66,4 @@ TEST(ModuleImage, FlippedBits) {
     }
 }
 
-} // namespace
+} // namespace ModuleImageTest

@@ -1,11 +1,11 @@
 #include "../tools/datablock/InfoJson.h"
 #include "Support.h"
 
+namespace ModuleInfoTest {
+
 using namespace Travik;
 using namespace Support;
 using nlohmann::json;
-
-namespace {
 
 /// An image of blocks, as they are.
 class Module {
@@ -313,4 +313,4 @@ TEST(ModuleInfo, DamageIsShown) {
     }
 }
 
-} // namespace
+} // namespace ModuleInfoTest

@@ -4,10 +4,10 @@
 
 #include <cstring>
 
+namespace ModulesTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 template <class Record>
 std::string bytesOfRecord(const Record& record) {
@@ -442,4 +442,4 @@ TEST(OutputUnit, Texts) {
     EXPECT_THAT(textOf(levels), testing::EndsWith("COUNT:           1\n1:             4294967295\n"));
 }
 
-} // namespace
+} // namespace ModulesTest

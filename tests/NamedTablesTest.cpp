@@ -2,10 +2,10 @@
 
 #include <map>
 
+namespace NamedTablesTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 enum Conversion : bool { Fixed, Convertible };
 
@@ -129,8 +129,6 @@ FieldList fieldsOf(int id) {
     return entry ? entry->fields(*entry, id) : FieldList();
 }
 
-} // namespace
-
 TEST(NamedTables, EveryClassIsWhatItsRowSays) {
     for (const TableClass& expected : classes) {
         SCOPED_TRACE(expected.id);
@@ -232,3 +230,5 @@ TEST(NamedTables, ConversionSkipsTheDunBlocks) {
         EXPECT_EQ(bytesOf(*block), before);
     }
 }
+
+} // namespace NamedTablesTest

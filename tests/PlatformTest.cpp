@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-using namespace Travik;
+namespace PlatformTest {
 
-namespace {
+using namespace Travik;
 
 using Bytes = QMemArray<char>;
 
@@ -262,4 +262,4 @@ TEST(Platform, HandlersReplaceEachOtherAndMayThrow) {
     EXPECT_TRUE(Debug::setMessageBoxHandler(std::move(oldBox))) << "returns the handler that was installed";
 }
 
-} // namespace
+} // namespace PlatformTest

@@ -5,10 +5,10 @@
 
 #include <tuple>
 
+namespace RecordEqualityTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 /// Every class of the catalogue; of those that share a record, too.
 using AllClasses = std::tuple<
@@ -139,4 +139,4 @@ TEST(RecordEquality, FloatingFieldsCompareByValue) {
     EXPECT_FALSE(first == first);
 }
 
-} // namespace
+} // namespace RecordEqualityTest

@@ -2,10 +2,10 @@
 
 #include <set>
 
+namespace RecordTypesTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 // Every class of the catalogue that has a name of its own, without "HwDatablock".
 // clang-format off
@@ -116,4 +116,4 @@ TEST(RecordTypes, TemplatesRefuseNull) {
     EXPECT_EQ(textOf(any), "ID:  \nCOUNT:  0*0\n\n") << "a null key is an empty one";
 }
 
-} // namespace
+} // namespace RecordTypesTest

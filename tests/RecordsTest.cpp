@@ -2,10 +2,10 @@
 
 #include <memory>
 
+namespace RecordsTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 template <class Record>
 Record* as(std::string& bytes) {
@@ -584,4 +584,4 @@ TEST(WearCounters, TextsByIdentifier) {
         EXPECT_EQ(text(HwDatablockSAttCCounter(11300), id), "\nID:               \nCOUNT_VALUE:    0\t\t0\n");
 }
 
-} // namespace
+} // namespace RecordsTest

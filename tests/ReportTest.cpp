@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-namespace {
+namespace ReportTest {
 
 using namespace Travik;
 using Json = nlohmann::json;
@@ -280,4 +280,4 @@ TEST(Report, MakesWellFormedPagesOfRandomBytes) {
     }
 }
 
-} // namespace
+} // namespace ReportTest

@@ -7,10 +7,10 @@
 #include <iostream>
 #include <limits>
 
+namespace SecondEditionTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 const HwDatablock2Edition anyTable;
 
@@ -577,4 +577,4 @@ TEST(SecondEdition, KnownInAModuleImage) {
     }
 }
 
-} // namespace
+} // namespace SecondEditionTest

@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace {
+namespace ShowTest {
 
 using namespace Travik;
 using testing::HasSubstr;
@@ -383,4 +383,4 @@ TEST(Csv, HoldsEveryValueInUse) {
     }
 }
 
-} // namespace
+} // namespace ShowTest

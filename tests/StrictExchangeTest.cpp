@@ -5,9 +5,9 @@
 #include <cmath>
 #include <limits>
 
-using namespace Travik;
+namespace StrictExchangeTest {
 
-namespace {
+using namespace Travik;
 
 using KelWords = HwDatablockKelRfboAttRegData;
 using Words = HwDatablockDunRfboAttRegData;
@@ -64,8 +64,6 @@ double stored(const std::string& word) {
         return static_cast<double>(bytes::load<StoreT>(reading.image, Block::shape.valuesOffset()));
     });
 }
-
-} // namespace
 
 // Whatever rounding the format has, and whatever the image holds beside what the text shows.
 TEST(StrictExchange, ATextThatWasNotEditedChangesNoByte) {
@@ -261,3 +259,5 @@ TEST(StrictExchange, CountsChange) {
         differing += block[i] != reading.image[i];
     EXPECT_LE(differing, 16U);
 }
+
+} // namespace StrictExchangeTest

@@ -1,9 +1,9 @@
 #include "Support.h"
 
+namespace TableTemplatesTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 template <class StoreT, class UserT, unsigned int N, unsigned int M>
 std::string printed(const std::vector<StoreT>& values, unsigned int rows, unsigned int columns, double scale) {
@@ -162,4 +162,4 @@ TEST(TableTemplates, TakeOver) {
     EXPECT_EQ(bytesOf(unchecked), wrong);
 }
 
-} // namespace
+} // namespace TableTemplatesTest

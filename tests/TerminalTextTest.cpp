@@ -2,9 +2,9 @@
 
 #include <travik/service/TerminalText.h>
 
-using namespace Travik;
+namespace TerminalTextTest {
 
-namespace {
+using namespace Travik;
 
 struct Case {
     std::string_view text;
@@ -56,4 +56,4 @@ TEST(TerminalText, PiecesEndBetweenCharacters) {
     EXPECT_EQ(wholeUtf8("\xff"), 1U);
 }
 
-} // namespace
+} // namespace TerminalTextTest

@@ -4,10 +4,10 @@
 #include <iostream>
 #include <limits>
 
+namespace TextExchangeTest {
+
 using namespace Travik;
 using Support::bytesOf;
-
-namespace {
 
 /// What is written to standard output while it lives.
 class CapturedOutput {
@@ -102,8 +102,6 @@ private:
 
 using ExchangedBlocks = testing::Types<KelWords, Hundreds, Reals, Integers, Attenuations, Words>;
 TYPED_TEST_SUITE(TextExchangeOf, ExchangedBlocks);
-
-} // namespace
 
 TYPED_TEST(TextExchangeOf, ExportThenImportGivesTheSameImage) {
     constexpr unsigned int rows = TypeParam::shape.rows;
@@ -373,8 +371,6 @@ TEST(TextExchange, IndexValuesAreNotInTheText) {
     EXPECT_EQ(imported.block.getIndexValue(0), 0);
 }
 
-namespace {
-
 /// A source that cannot seek and hands its text out in small portions, the same portion over and over.
 class Repeating : public std::streambuf {
 public:
@@ -397,8 +393,6 @@ private:
     std::string portion_;
     unsigned int times_;
 };
-
-} // namespace
 
 template <class Block>
 void expectFromLongLine(const std::string& begin, std::string_view piece, double value) {
@@ -439,3 +433,5 @@ TEST(TextExchange, AStreamIsReadFromItsBeginning) {
     EXPECT_EQ(output.text(), "ERROR: FOUND NO ID !\n");
     EXPECT_EQ(block.getId(), 0);
 }
+
+} // namespace TextExchangeTest

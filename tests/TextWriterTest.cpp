@@ -5,9 +5,9 @@
 #include <cmath>
 #include <limits>
 
-using namespace Travik;
+namespace TextWriterTest {
 
-namespace {
+using namespace Travik;
 
 std::string fixedText(double value, unsigned int decimals) {
     std::ostringstream os;
@@ -127,4 +127,4 @@ TEST(TextWriter, WritesALineAtOnceAndFlushes) {
     EXPECT_EQ(buffer.str().size(), 50000U + 18890U + 1U);
 }
 
-} // namespace
+} // namespace TextWriterTest

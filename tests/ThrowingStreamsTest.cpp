@@ -5,10 +5,10 @@
 #include <iostream>
 #include <stdexcept>
 
+namespace ThrowingStreamsTest {
+
 using namespace Travik;
 using namespace Support;
-
-namespace {
 
 constexpr auto bad = std::ios_base::badbit;
 constexpr auto all = std::ios_base::badbit | std::ios_base::failbit | std::ios_base::eofbit;
@@ -265,4 +265,4 @@ TEST(ThrowingStreams, ComplaintsThatNobodyTakes) {
     EXPECT_TRUE(std::cout.bad());
 }
 
-} // namespace
+} // namespace ThrowingStreamsTest

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <limits>
 
-namespace {
+namespace ValuesTest {
 
 using namespace Travik;
 
@@ -217,4 +217,4 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
     EXPECT_EQ(storeValue(std::span(bytes).first(1), date, 0, 1), StoreOutcome::Outside);
 }
 
-} // namespace
+} // namespace ValuesTest

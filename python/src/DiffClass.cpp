@@ -43,7 +43,7 @@ std::string nameOf(const BlockDifference& difference) {
     return key.empty() ? std::to_string(difference.block->block().id) : key;
 }
 
-std::string kindOf(const BlockDifference& difference) {
+std::string differenceKind(const BlockDifference& difference) {
     const Travik::BlockDiff& block = *difference.block;
     return block.isOnlyBefore()  ? "only before"
            : block.isOnlyAfter() ? "only after"
@@ -55,7 +55,7 @@ py::object offsetOf(const Travik::ImageBlock* block) {
     return block ? py::object(py::int_(block->offset)) : py::object(py::none());
 }
 
-std::vector<BlockDifference> blocksOf(const ComparisonPtr& all) {
+std::vector<BlockDifference> blockDifferences(const ComparisonPtr& all) {
     std::vector<BlockDifference> blocks;
     for (const Travik::BlockDiff& block : all->result.blocks())
         blocks.push_back({all, &block});
@@ -163,7 +163,7 @@ void defineParts(py::module_& module) {
                                    return key.empty() ? py::object(py::none()) : py::object(py::str(key));
                                })
         .def_property_readonly("id", [](const BlockDifference& it) { return it.block->block().id; })
-        .def_property_readonly("kind", &kindOf, "\"changed\", \"moved\", \"only before\" or \"only after\".")
+        .def_property_readonly("kind", &differenceKind, "\"changed\", \"moved\", \"only before\" or \"only after\".")
         .def_property_readonly(
             "offset_before", [](const BlockDifference& it) { return offsetOf(it.block->before); }, "None: not there.")
         .def_property_readonly(
@@ -185,8 +185,8 @@ void defineParts(py::module_& module) {
             "forgiven", [](const BlockDifference& it) { return it.block->forgiven; },
             "How many elements differ within the tolerance.")
         .def("__repr__", [](const BlockDifference& it) {
-            return "<BlockDiff " + nameOf(it) + ": " + kindOf(it) + ", " + std::to_string(it.block->fields.size()) +
-                   " fields>";
+            return "<BlockDiff " + nameOf(it) + ": " + differenceKind(it) + ", " +
+                   std::to_string(it.block->fields.size()) + " fields>";
         });
 }
 
@@ -200,9 +200,11 @@ void defineDiff(py::module_& module) {
 Iterating gives the blocks that differ. It shows the images as they were when they were compared.)")
         .def("__bool__", [](const Comparison& it) { return !it.result.isSame(); })
         .def("__len__", [](const Comparison& it) { return it.result.blocks().size(); })
-        .def("__iter__", [](const Comparison& it) { return py::iter(py::cast(blocksOf(it.shared_from_this()))); })
+        .def("__iter__",
+             [](const Comparison& it) { return py::iter(py::cast(blockDifferences(it.shared_from_this()))); })
         .def_property_readonly(
-            "blocks", [](const Comparison& it) { return blocksOf(it.shared_from_this()); }, "A list of BlockDiff.")
+            "blocks", [](const Comparison& it) { return blockDifferences(it.shared_from_this()); },
+            "A list of BlockDiff.")
         .def_property_readonly(
             "rest", [](const Comparison& it) { return bytesOf(it.result.rest()); },
             "Bytes behind the last block that differ: a list of offset from there, bytes before and after.")

@@ -45,7 +45,7 @@ std::vector<Block> blocksOf(Image& image, const py::object& name) {
     return found;
 }
 
-Block blockOf(Image& image, const py::object& name) {
+Block soleBlock(Image& image, const py::object& name) {
     std::vector<Block> found = blocksOf(image, name);
     const std::string text = nameOf(name);
     if (found.empty()) {
@@ -147,7 +147,7 @@ void defineImage(py::module_& module) {
 image["KEY"] or image[15716] is a block; iterating gives the blocks in the order of the image. An edit of a block is an
 edit of the image in memory; save() writes it. Images may be used from several threads. As a context manager, it is
 closed at the end, which lets its memory go; arrays that were taken of it stay valid.)");
-    type.def("__getitem__", &blockOf, py::arg("name"), R"(The block of a key name or an identifier.
+    type.def("__getitem__", &soleBlock, py::arg("name"), R"(The block of a key name or an identifier.
 
 Raises KeyError where there is none, with the names that are near, and where there are several (see blocks_of).)")
         .def("__contains__", &contains, py::arg("name"))

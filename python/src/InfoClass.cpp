@@ -55,7 +55,7 @@ private:
     std::vector<std::string> names_;
 };
 
-void defineParts(py::module_& module) {
+void defineFacts(py::module_& module) {
     Facts<ModuleInfo::Identity>(module, "Identity", "What an ident block says.")
         .fact("name", &ModuleInfo::Identity::name)
         .fact("part_number", &ModuleInfo::Identity::partNumber, "\"1141.3000.02\", the last group being the variant.")
@@ -175,7 +175,7 @@ void defineInfo(py::module_& module) {
                         (found.id ? ", block " + std::to_string(*found.id) : "") + ": " + found.text;
              })
         .def("__repr__", [](const py::object& self) { return "<Finding: " + std::string(py::str(self)) + '>'; });
-    defineParts(module);
+    defineFacts(module);
     defineModuleInfo(module);
 }
 

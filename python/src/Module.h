@@ -36,6 +36,9 @@ inline pybind11::object helper(const char* file, const char* name) {
     return pybind11::module_::import((std::string("travik.") + file).c_str()).attr(name);
 }
 
+/// What is in NumPy.
+inline pybind11::object numpy(const char* name) { return pybind11::module_::import("numpy").attr(name); }
+
 /// The names that are near to one which is none, as "no field valeus; near: values".
 [[noreturn]] void throwNoSuchName(const std::string& text);
 

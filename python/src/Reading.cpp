@@ -42,8 +42,6 @@ py::object freeze(const py::object& array) {
     return owner.is_none() ? py::object(array.attr("view")()) : array;
 }
 
-py::object numpy(const char* name) { return py::module_::import("numpy").attr(name); }
-
 /// Calls `visit` with the element of each entry in use, and whether the field has it: a ragged table has not all.
 template <class Visit>
 void visitUsed(const FieldValues& shape, std::span<const char> bytes, const Visit& visit) {

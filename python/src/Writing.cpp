@@ -17,8 +17,6 @@ using Travik::FieldValues;
 using Travik::Role;
 using Travik::Stored;
 
-py::object numpy(const char* name) { return py::module_::import("numpy").attr(name); }
-
 std::string typeName(const py::object& value) { return py::str(py::type::of(value).attr("__name__")); }
 
 /// What an assignment goes to: positions in the array of what is in use, and the shape that its value has.

@@ -50,7 +50,7 @@ std::string columnsOf(const FleetRelation& relation) {
 }
 
 /// A text as a literal of a query, or a field of tab-separated ones.
-std::string quoted(std::string_view text) {
+std::string literalOf(std::string_view text) {
     std::string literal = "'";
     for (const char character : text) {
         if (character == '\'' || character == '\\')
@@ -132,7 +132,7 @@ struct ClickHouse::Connection {
             list.clear();
         };
         for (const auto& text : texts) {
-            list.append(list.empty() ? "" : ",").append(quoted(text));
+            list.append(list.empty() ? "" : ",").append(literalOf(text));
             if (list.size() > most)
                 send();
         }

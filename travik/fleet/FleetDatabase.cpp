@@ -26,7 +26,7 @@ std::string_view typeOf(ColumnKind kind) {
     }
 }
 
-std::string quoted(std::string_view name) { return '"' + std::string(name) + '"'; }
+std::string quotedName(std::string_view name) { return '"' + std::string(name) + '"'; }
 
 /// The columns of a relation ahead of those that the relations say themselves.
 std::vector<std::string_view> columnsAhead(Relation relation) {
@@ -54,7 +54,7 @@ std::string createTable(const FleetRelation& relation) {
     std::string sql = "CREATE TABLE " + std::string(tableOf(relation)) + "(\n  image INTEGER ";
     sql += isImages ? "PRIMARY KEY,\n  module TEXT NOT NULL" : "NOT NULL REFERENCES images";
     for (const FleetColumn& column : relation.columns) {
-        sql.append(",\n  ").append(quoted(storedName(relation, column))).append(" ");
+        sql.append(",\n  ").append(quotedName(storedName(relation, column))).append(" ");
         sql += isAxis(relation, column) ? "INTEGER" : typeOf(column.kind);
         if (!column.mayBeNull)
             sql += " NOT NULL";
@@ -73,7 +73,7 @@ std::string createTable(const FleetRelation& relation) {
 std::string viewOfCurves() {
     std::string columns = "c.image";
     for (const FleetColumn& column : fleetRelations()[static_cast<std::size_t>(Relation::Curves)].columns)
-        columns.append(column.name == "axis_values" ? ", a." : ", c.").append(quoted(column.name));
+        columns.append(column.name == "axis_values" ? ", a." : ", c.").append(quotedName(column.name));
     return "CREATE VIEW curves AS\n  SELECT " + columns +
            "\n  FROM curve_rows AS c JOIN axes AS a ON a.axis_id = c.axis_id;\n";
 }
@@ -107,7 +107,7 @@ std::string insertInto(const FleetRelation& relation) {
     std::string columns;
     std::string values;
     const auto add = [&](std::string_view name) {
-        columns.append(columns.empty() ? "" : ", ").append(quoted(name));
+        columns.append(columns.empty() ? "" : ", ").append(quotedName(name));
         values.append(values.empty() ? "?" : ", ?");
     };
     for (const std::string_view name : columnsAhead(relation.relation))
@@ -121,7 +121,7 @@ std::string replaceImage() {
     std::string sql = "UPDATE images SET vanished = NULL, module = ?2";
     int place = 3;
     for (const FleetColumn& column : fleetRelations()[0].columns)
-        sql += ", " + quoted(column.name) + " = ?" + std::to_string(place++);
+        sql += ", " + quotedName(column.name) + " = ?" + std::to_string(place++);
     return sql + " WHERE image = ?1";
 }
 

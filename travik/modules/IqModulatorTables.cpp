@@ -62,9 +62,9 @@ constexpr std::string_view miscClosingLines[] = {
 constexpr double decibelsPerStep = 0.0078125;
 constexpr unsigned int stepsShift = 7; // 1/128 dB to whole dB
 
-constexpr std::string_view frequencyLines[] = {"LEV_PRE_TAB:",
-                                               "# Kalibrierfrequenzen Maximale Anzahl mit dieser Id ist 300"};
-constexpr ListLayout frequencyLayout{.head = {.comments = frequencyLines}, .label = "Zeile"};
+constexpr std::string_view levelFrequencyLines[] = {"LEV_PRE_TAB:",
+                                                    "# Kalibrierfrequenzen Maximale Anzahl mit dieser Id ist 300"};
+constexpr ListLayout levelFrequencies{.head = {.comments = levelFrequencyLines}, .label = "Zeile"};
 
 constexpr HeadLayout rowsHead{.comments = {}, .id = "ID:                 "};
 
@@ -140,7 +140,7 @@ std::ostream& HwDatablockIqOp3RfmCalibDataMisc::printToStream(std::ostream& os) 
 
 std::ostream& HwDatablockIqOp3RfmCalibDataFreq::printToStream(std::ostream& os) {
     TextWriter out(os);
-    printList(out, frequencyLayout, keyName, getCount(),
+    printList(out, levelFrequencies, keyName, getCount(),
               [this](TextWriter& line, unsigned int point) { line << get<&Record::frequency>(point); });
     return os;
 }

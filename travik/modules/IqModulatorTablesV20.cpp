@@ -8,12 +8,12 @@ namespace Travik {
 
 namespace {
 
-constexpr std::string_view miscLines[] = {"# Das sind die Kalibrierdaten IQOP3 RFM MISC Version 2.0"};
-constexpr HeadLayout miscHead{.comments = miscLines};
+constexpr std::string_view miscLinesV20[] = {"# Das sind die Kalibrierdaten IQOP3 RFM MISC Version 2.0"};
+constexpr HeadLayout miscHeadV20{.comments = miscLinesV20};
 constexpr std::size_t keyWidth = 23;
 
-constexpr std::string_view rowsLines[] = {"# Das sind die Kalibrierdaten IQOP3 RFM Version 2.0"};
-constexpr HeadLayout rowsHead{.comments = rowsLines, .id = "ID:                 "};
+constexpr std::string_view rowsLinesV20[] = {"# Das sind die Kalibrierdaten IQOP3 RFM Version 2.0"};
+constexpr HeadLayout rowsHeadV20{.comments = rowsLinesV20, .id = "ID:                 "};
 constexpr std::string_view columnLines[] = {
     "SENS_LOW\t      SENS_MED\t     SENS_HIGH\t      SENS_OVR\t    LPRE_CW_NORM\t  LPRE_CW_OVR\t       "
     "LPRE_IQ_NORM\t    LEVATT15_NORM\t     LEVATT30_NORM\t        LEVATT45_NORM\t   LPRE_IQ_OVR\t         "
@@ -25,7 +25,7 @@ constexpr std::string_view columnLines[] = {
 
 std::ostream& HwDatablockIqOp3RfmCalibDataMiscV20::printToStream(std::ostream& os) {
     TextWriter out(os);
-    printHead(out, miscHead, keyName);
+    printHead(out, miscHeadV20, keyName);
     for (const Field& field : recordFields<Record>) {
         const std::string_view name = field.name;
         for (const char character : name)
@@ -45,7 +45,7 @@ std::ostream& HwDatablockIqOp3RfmCalibDataMiscV20::printToStream(std::ostream& o
 
 std::ostream& HwDatablockIqOp3RfmCalibDataV20::printToStream(std::ostream& os) {
     TextWriter out(os);
-    printHead(out, rowsHead, keyName);
+    printHead(out, rowsHeadV20, keyName);
     printLines(out, columnLines);
     // The block asks for the fixed and the scientific notation at once and means the general one; taken at its word the
     // stream would print hexadecimal numbers.

@@ -10,10 +10,10 @@ namespace {
 
 constexpr MatrixLayout matrixLayout{.head = {.comments = {}}};
 
-constexpr std::string_view frequencyLines[] = {"# Frequenzstützstellen [Hz]"_latin1};
-constexpr ListLayout frequencyLayout{.head = {.comments = frequencyLines}};
+constexpr std::string_view microwaveFrequencyLines[] = {"# Frequenzstützstellen [Hz]"_latin1};
+constexpr ListLayout microwaveFrequencies{.head = {.comments = microwaveFrequencyLines}};
 constexpr double hertzPerStep = 100.0;
-constexpr double repeatedPointDistance = 0.001; // Hz
+constexpr double microwavePointDistance = 0.001; // Hz
 
 constexpr std::string_view absoluteLines[] = {"# Externe Kalibrierdaten [1/100dBm]"};
 constexpr HeadLayout absoluteHead{.comments = absoluteLines};
@@ -65,7 +65,7 @@ double MicrowaveFrequencyBlock<R>::getFrequencyValue(unsigned int point) const {
         return 0.0;
     const unsigned int stored = this->template get<&R::frequency>(point);
     const double frequency = stored * hertzPerStep;
-    return point > 0 && stored == this->template get<&R::frequency>(point - 1) ? frequency + repeatedPointDistance
+    return point > 0 && stored == this->template get<&R::frequency>(point - 1) ? frequency + microwavePointDistance
                                                                                : frequency;
 }
 
@@ -80,7 +80,7 @@ int MicrowaveFrequencyBlock<R>::setBlock(const R* record) {
 template <class R>
 std::ostream& MicrowaveFrequencyBlock<R>::printToStream(std::ostream& os) {
     TextWriter out(os);
-    printList(out, frequencyLayout, keyName, getNumberOfFrequency(),
+    printList(out, microwaveFrequencies, keyName, getNumberOfFrequency(),
               [this](TextWriter& line, unsigned int point) { line.fixed(getFrequencyValue(point), 3); });
     return os;
 }

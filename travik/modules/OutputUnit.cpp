@@ -12,10 +12,10 @@ constexpr std::string_view coefficientLines[] = {
 constexpr ListLayout coefficientLayout{.head = {.comments = coefficientLines}};
 constexpr unsigned int coefficientDecimals[] = {0, 3, 6};
 
-constexpr std::string_view frequencyLines[] = {
+constexpr std::string_view outputFrequencyLines[] = {
     "# Das sind die Frequenzstützstellen für Ssyn_Opu_Dbl_Coefficient"_latin1,
     "# Maximal mögliche Frequenzstützstellen sind mit dieser ID 50"_latin1};
-constexpr ListLayout frequencyLayout{.head = {.comments = frequencyLines}, .endsWithEmptyLine = false};
+constexpr ListLayout outputFrequencies{.head = {.comments = outputFrequencyLines}, .endsWithEmptyLine = false};
 
 constexpr std::string_view levelLines[] = {"# Das sind die Ssyn_Opu_Dbl_Coefficient in [mV]",
                                            "# Maximal mögliche Koefizienten sind mit dieser ID 50"_latin1};
@@ -34,7 +34,7 @@ std::ostream& HwDatablockSsynOpuDblCoefficient::printToStream(std::ostream& os) 
 
 std::ostream& HwDatablockSsynOpuLevelFreq::printToStream(std::ostream& os) {
     TextWriter out(os);
-    printList(out, frequencyLayout, keyName, getCount(),
+    printList(out, outputFrequencies, keyName, getCount(),
               [this](TextWriter& line, unsigned int index) { line.general(value(index)); });
     return os;
 }

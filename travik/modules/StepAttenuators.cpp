@@ -6,8 +6,8 @@ namespace Travik {
 
 namespace {
 
-constexpr std::string_view frequencyLines[] = {"#Das sind die Frequenzstützstellen"_latin1};
-constexpr ListLayout frequencyLayout{.head = {.comments = frequencyLines}};
+constexpr std::string_view attenuatorFrequencyLines[] = {"#Das sind die Frequenzstützstellen"_latin1};
+constexpr ListLayout attenuatorFrequencies{.head = {.comments = attenuatorFrequencyLines}};
 
 constexpr std::string_view correctionLines[] = {"#Das sind die Userdaten "};
 constexpr HeadLayout correctionHead{.comments = correctionLines};
@@ -37,7 +37,7 @@ void printTable(TextWriter& out, std::string_view count, Lines units, PrintValue
 template <class R>
 std::ostream& StepAttenuatorFreqBlock<R>::printToStream(std::ostream& os) {
     TextWriter out(os);
-    printList(out, frequencyLayout, keyName, getNumberOfFreqValues(),
+    printList(out, attenuatorFrequencies, keyName, getNumberOfFreqValues(),
               [this](TextWriter& line, unsigned int point) { line << this->template get<&R::frequency>(point); });
     return os;
 }

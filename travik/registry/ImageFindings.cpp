@@ -14,7 +14,7 @@ namespace {
 
 using enum Finding;
 
-constexpr FindingKind kinds[] = {
+constexpr FindingKind kindTable[] = {
     {NoBlocks, Grade::Damage, "no blocks"},
     {TruncatedHeader, Grade::Damage, "truncated header"},
     {ZeroSize, Grade::Damage, "size word 0"},
@@ -35,8 +35,8 @@ constexpr FindingKind kinds[] = {
 };
 
 constexpr bool areInOrder() {
-    for (std::size_t i = 0; i < std::size(kinds); ++i) {
-        if (static_cast<std::size_t>(kinds[i].finding) != i)
+    for (std::size_t i = 0; i < std::size(kindTable); ++i) {
+        if (static_cast<std::size_t>(kindTable[i].finding) != i)
             return false;
     }
     return true;
@@ -104,14 +104,14 @@ std::vector<Repetition> repetitionsIn(const std::vector<ImageBlock>& blocks) {
 
 } // namespace
 
-std::span<const FindingKind> findingKinds() { return kinds; }
-Grade gradeOf(Finding finding) { return kinds[static_cast<std::size_t>(finding)].grade; }
-std::string_view nameOf(Finding finding) { return kinds[static_cast<std::size_t>(finding)].name; }
+std::span<const FindingKind> findingKinds() { return kindTable; }
+Grade gradeOf(Finding finding) { return kindTable[static_cast<std::size_t>(finding)].grade; }
+std::string_view nameOf(Finding finding) { return kindTable[static_cast<std::size_t>(finding)].name; }
 
 void ModuleImage::visitDamage(const ImageBlock& block, const Visitor& visitor) const {
     if (block.findings.empty())
         return;
-    for (const FindingKind& kind : kinds) {
+    for (const FindingKind& kind : kindTable) {
         if (kind.grade != Grade::Damage || !block.findings.has(kind.finding))
             continue;
         std::string text = textOf(block, kind.finding);
@@ -123,7 +123,7 @@ void ModuleImage::visitDamage(const ImageBlock& block, const Visitor& visitor) c
 }
 
 void ModuleImage::visitNotes(const ImageBlock& block, const Visitor& visitor) const {
-    for (const FindingKind& kind : kinds) {
+    for (const FindingKind& kind : kindTable) {
         if (kind.grade == Grade::Note && block.findings.has(kind.finding))
             visitor({kind.finding, block.offset, block.id, textOf(block, kind.finding)});
     }

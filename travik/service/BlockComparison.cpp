@@ -30,6 +30,8 @@ struct SumWords {
     }
 };
 
+} // namespace
+
 using SharedLayout = std::shared_ptr<const BlockLayout>;
 
 /// The layouts of an image's blocks, that of a class made once.
@@ -52,7 +54,7 @@ private:
 };
 
 /// What all comparisons of two images share.
-struct Shared {
+struct ComparisonShare {
     ImageValues before;
     ImageValues after;
     Tolerance tolerance;
@@ -60,10 +62,12 @@ struct Shared {
     std::vector<Index> taken; // what differs of the field that is being compared
 };
 
+namespace {
+
 /// Compares two blocks whose bytes are not the same.
 class PairDiff {
 public:
-    PairDiff(Shared& context, BlockDiff& result)
+    PairDiff(ComparisonShare& context, BlockDiff& result)
         : context_(context), result_(result), before_(*result.before), after_(*result.after),
           untold_(before_.bytes, after_.bytes) {}
 
@@ -89,7 +93,7 @@ public:
     }
 
 private:
-    Shared& context_;
+    ComparisonShare& context_;
     BlockDiff& result_;
     const ImageBlock& before_;
     const ImageBlock& after_;
@@ -354,7 +358,7 @@ private:
 
 } // namespace
 
-struct BlockComparison::Context : Shared {};
+struct BlockComparison::Context : ComparisonShare {};
 
 BlockComparison::BlockComparison(const ModuleImage& before, const ModuleImage& after, const DiffOptions& options)
     : context_(

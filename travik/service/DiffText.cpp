@@ -24,12 +24,6 @@ std::string counted(std::size_t count, std::string_view what) {
     return std::to_string(count).append(" ").append(what).append(count == 1 ? "" : "s");
 }
 
-void appendHex(std::string& text, std::size_t number, std::size_t digits) {
-    static constexpr std::string_view hexDigits = "0123456789abcdef";
-    while (digits-- > 0)
-        text += hexDigits[number >> (4 * digits) & 0xFU];
-}
-
 std::string hexText(std::span<const char> bytes, std::size_t most) {
     std::string text;
     for (const char byte : bytes.first(std::min(most, bytes.size()))) {

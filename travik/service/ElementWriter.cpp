@@ -2,10 +2,8 @@
 #include <travik/service/ElementWriter.h>
 #include <travik/service/Values.h>
 
-#include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -23,14 +21,6 @@ bool isTextual(const Field& field, bool areStored) {
 bool isWide(const Field& field) {
     return field.bits == 0 && (field.stored == Stored::U64 || field.stored == Stored::I64) && field.scale == 1.0 &&
            field.zero == 0.0;
-}
-
-/// A number that is all of the text.
-template <class T>
-std::optional<T> wholeText(std::string_view text) {
-    T number = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
-    return end.ec == std::errc() && end.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
 } // namespace

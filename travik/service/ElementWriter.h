@@ -2,7 +2,9 @@
 
 #include <travik/service/StoreValue.h>
 
+#include <charconv>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,6 +15,14 @@ namespace Travik {
 
 /// The field without scale, zero and unit.
 Field asStored(const Field& field);
+
+/// A number of the type, where the text is one and nothing else.
+template <class T>
+std::optional<T> wholeText(std::string_view text) {
+    T number = 0;
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
+    return end.ec == std::errc() && end.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
 
 /// Writes elements of a field. Each function says what is wrong with the value, or nothing.
 class ElementWriter {

@@ -22,14 +22,6 @@ namespace {
 constexpr std::size_t checksumAt = offsetof(HwSDatablockHeader, checksum);
 constexpr std::size_t crcAt = sizeof(HwSDatablockHeader);
 
-/// A whole number without sign that is all of the text.
-template <class T>
-std::optional<T> wholeText(std::string_view text) {
-    T number = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
-    return end.ec == std::errc() && end.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
-}
-
 std::optional<double> numberText(std::string_view text) {
     double number = 0;
     return std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc() ? std::optional(number)

@@ -9,13 +9,13 @@ namespace Travik {
 
 namespace {
 
-struct Range {
+struct Stretch {
     std::size_t begin;
     std::size_t end;
 };
 
-std::vector<Range> differences(std::span<const char> left, std::span<const char> right) {
-    std::vector<Range> ranges;
+std::vector<Stretch> differences(std::span<const char> left, std::span<const char> right) {
+    std::vector<Stretch> ranges;
     for (std::size_t i = 0; i < left.size(); ++i) {
         if (left[i] == right[i])
             continue;
@@ -27,7 +27,7 @@ std::vector<Range> differences(std::span<const char> left, std::span<const char>
     return ranges;
 }
 
-std::string describe(Range range) {
+std::string describe(Stretch range) {
     const std::string first = std::to_string(range.begin);
     return range.end - range.begin == 1 ? "offset " + first
                                         : "offsets " + first + " to " + std::to_string(range.end - 1);
@@ -39,7 +39,7 @@ public:
 
     /// Empty, or what failed.
     std::string put(std::span<const char> to) {
-        for (const Range& range : differences(from_, to)) {
+        for (const Stretch& range : differences(from_, to)) {
             touched_.push_back(range);
             if (std::string why = write(range, to); !why.empty())
                 return why;
@@ -49,24 +49,24 @@ public:
         std::vector<char> now(to.size());
         if (std::string why = read(now); !why.empty())
             return why;
-        const std::vector<Range> wrong = differences(now, to);
+        const std::vector<Stretch> wrong = differences(now, to);
         return wrong.empty() ? ""
                              : "did not take the new bytes at " + describe({wrong.front().begin, wrong.back().end});
     }
 
     /// What is not as it was, or may not be.
-    Range restore() {
+    Stretch restore() {
         constexpr int attempts = 3;
         for (int attempt = 0;; ++attempt) {
             const bool isSynced = device_.sync() == 0;
             std::vector<char> now(from_.size());
             const bool isRead = read(now).empty();
-            const std::vector<Range> wrong = isRead ? differences(now, from_) : touched_;
+            const std::vector<Stretch> wrong = isRead ? differences(now, from_) : touched_;
             if (isSynced && wrong.empty())
                 return {0, 0};
             if (attempt == attempts)
                 return hull(wrong.empty() ? touched_ : wrong);
-            for (const Range& range : wrong)
+            for (const Stretch& range : wrong)
                 static_cast<void>(write(range, from_)); // each, whatever became of the others; it is read back
         }
     }
@@ -74,15 +74,15 @@ public:
 private:
     ByteDevice& device_;
     std::span<const char> from_;
-    std::vector<Range> touched_;
+    std::vector<Stretch> touched_;
 
-    static Range hull(const std::vector<Range>& ranges) {
-        return ranges.empty() ? Range{0, 0} : Range{ranges.front().begin, ranges.back().end};
+    static Stretch hull(const std::vector<Stretch>& ranges) {
+        return ranges.empty() ? Stretch{0, 0} : Stretch{ranges.front().begin, ranges.back().end};
     }
 
     /// Goes on until the end; what fails, fails at the offset that was reached.
     template <class Step>
-    static std::string all(Range range, const char* what, Step step) {
+    static std::string all(Stretch range, const char* what, Step step) {
         for (std::size_t at = range.begin; at < range.end;) {
             const std::ptrdiff_t count = step(at, range.end - at);
             if (count == -EINTR)
@@ -95,7 +95,7 @@ private:
         return {};
     }
 
-    std::string write(Range range, std::span<const char> bytes) {
+    std::string write(Stretch range, std::span<const char> bytes) {
         return all(range, "cannot be written",
                    [&](std::size_t at, std::size_t count) { return device_.writeAt(at, bytes.subspan(at, count)); });
     }
@@ -121,7 +121,7 @@ InPlaceReport writeInPlace(ByteDevice& device, std::span<const char> from, std::
     report.error = writer.put(to);
     if (report.succeeded())
         return report;
-    const Range unknown = writer.restore();
+    const Stretch unknown = writer.restore();
     report.unknownBegin = unknown.begin;
     report.unknownEnd = unknown.end;
     report.error += report.isUndone() ? "; the old bytes were written back"

@@ -42,4 +42,12 @@ TRAVIK_SERVICE_EXPORT bool isFrequencyUnit(std::string_view unit);
 /// Columns that a UTF-8 text of Latin-1 characters takes on a terminal.
 TRAVIK_SERVICE_EXPORT std::size_t columnsOf(std::string_view utf8);
 
+inline constexpr std::string_view hexDigits = "0123456789abcdef";
+
+/// Appends so many hexadecimal digits, the last ones of the number, without "0x".
+inline void appendHex(std::string& text, std::size_t number, std::size_t digits) {
+    while (digits-- > 0)
+        text += hexDigits[number >> (4 * digits) & 0xFU];
+}
+
 } // namespace Travik

@@ -7,7 +7,7 @@ namespace Travik {
 
 namespace {
 
-constexpr std::string_view wrong = "checksum wrong";
+constexpr std::string_view checksumWrong = "checksum wrong";
 
 std::string textOf(const ModuleInfo::Number& number, std::string_view unit = {}) {
     return number ? std::to_string(*number).append(unit) : std::string();
@@ -22,7 +22,7 @@ class Facts {
 public:
     void begin(std::string_view group, bool checksumHolds = true) {
         group_ = group;
-        mark_ = checksumHolds ? "" : wrong;
+        mark_ = checksumHolds ? "" : checksumWrong;
     }
     void add(std::string_view label, std::string value, std::string_view mark = {}) {
         std::string both(mark);

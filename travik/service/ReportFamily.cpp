@@ -12,12 +12,12 @@ namespace Travik {
 
 namespace {
 
-constexpr double none = std::numeric_limits<double>::quiet_NaN();
+constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
 /// Of ascending numbers, between two of them where the place is.
 double quantile(const std::vector<double>& ascending, double part) {
     if (ascending.empty())
-        return none;
+        return unknown;
     const double place = part * static_cast<double>(ascending.size() - 1);
     const auto below = static_cast<std::size_t>(place);
     const std::size_t above = std::min(below + 1, ascending.size() - 1);
@@ -51,7 +51,8 @@ public:
             spread.median.push_back(quantile(numbers, 0.5));
             spread.upperQuartile.push_back(quantile(numbers, 0.75));
             spread.highest.push_back(quantile(numbers, 1));
-            sigmas.push_back(numbers.empty() ? none : RobustSpread(numbers, stepOf(curve, spread.median.back())).sigma);
+            sigmas.push_back(numbers.empty() ? unknown
+                                             : RobustSpread(numbers, stepOf(curve, spread.median.back())).sigma);
         }
         measure(curve, spread, sigmas);
         curve.spread = std::move(spread);
@@ -106,7 +107,7 @@ private:
 
     double at(const ReportCurve& curve, std::size_t i, std::size_t row) const {
         const std::vector<double>& values = curve.values[i].values;
-        return row < values.size() && isComparable(i) ? values[row] : none;
+        return row < values.size() && isComparable(i) ? values[row] : unknown;
     }
 
     /// Where by chance all are close, the neighbours say what is usual.

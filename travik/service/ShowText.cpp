@@ -1,6 +1,7 @@
 #include <travik/datablock/Bytes.h>
 #include <travik/service/BlockTables.h>
 #include <travik/service/GridText.h>
+#include <travik/service/NumberFormat.h>
 #include <travik/service/ShowText.h>
 #include <travik/service/TerminalText.h>
 #include <travik/service/ValueText.h>
@@ -15,8 +16,6 @@ namespace {
 
 constexpr std::size_t indent = 2;
 constexpr std::size_t gap = 2;
-
-constexpr std::string_view hexDigits = "0123456789abcdef";
 
 // What is shown of a text of an image.
 std::string escaped(std::string_view utf8) { return terminalText(utf8, TextCharset::Utf8, TextLines::One); }
@@ -118,11 +117,11 @@ public:
             }
             isRepeating = false;
             text_.append(2 * indent, ' ');
-            appendHex(at, digits);
+            appendHex(text_, at, digits);
             text_ += ' ';
             for (const char byte : line) {
                 text_ += ' ';
-                appendHex(static_cast<unsigned char>(byte), 2);
+                appendHex(text_, static_cast<unsigned char>(byte), 2);
             }
             text_ += '\n';
         }
@@ -135,11 +134,6 @@ private:
     const ImageBlock& block_;
     const ShowOptions& options_;
     bool hasLines_ = false; // below the heading
-
-    void appendHex(std::size_t number, std::size_t digits) {
-        while (digits-- > 0)
-            text_ += hexDigits[number >> (4 * digits) & 0xFU];
-    }
 
     /// Words of a line, those that do not fit below.
     void wrapped(std::span<const std::string> parts, std::size_t further) {

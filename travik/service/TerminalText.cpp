@@ -1,3 +1,4 @@
+#include <travik/service/NumberFormat.h>
 #include <travik/service/TerminalText.h>
 
 #include <algorithm>
@@ -6,8 +7,6 @@
 namespace Travik {
 
 namespace {
-
-constexpr std::string_view hexDigits = "0123456789abcdef";
 
 struct Character {
     char32_t code = 0;

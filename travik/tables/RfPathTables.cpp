@@ -6,8 +6,8 @@ namespace Travik {
 
 namespace {
 
-constexpr Quantity amplitude{.name = "amplitude", .scale = 1e-4, .axisBlock = 12100};
-constexpr Quantity phase{.name = "phase", .scale = 1e-2, .axisBlock = 12100};
+constexpr Quantity pathAmplitude{.name = "amplitude", .scale = 1e-4, .axisBlock = 12100};
+constexpr Quantity pathPhase{.name = "phase", .scale = 1e-2, .axisBlock = 12100};
 
 constexpr ListTable imbalance(const BlockName& name, const Quantity& quantity, Lines comment) {
     return {.name = name,
@@ -29,20 +29,20 @@ constinit const ListTable HwSDatablockMbrdIqImbalanceRfFreq::table = {
     .printsToCapacity = true};
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfEvenAmp::table =
-    imbalance({12110, "HwDatablockMbrdIqImbalanceRfEvenAmp", {"PATH_*_IQ_IMBALANCE_RF_EVEN_AMP", 4}}, amplitude,
+    imbalance({12110, "HwDatablockMbrdIqImbalanceRfEvenAmp", {"PATH_*_IQ_IMBALANCE_RF_EVEN_AMP", 4}}, pathAmplitude,
               lines<"#Das sind die geraden Amplitudewerte [1/10000] ">);
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfEvenPh::table =
-    imbalance({12120, "HwDatablockMbrdIqImbalanceRfEvenPh", {"PATH_*_IQ_IMBALANCE_RF_EVEN_PH", 4}}, phase,
+    imbalance({12120, "HwDatablockMbrdIqImbalanceRfEvenPh", {"PATH_*_IQ_IMBALANCE_RF_EVEN_PH", 4}}, pathPhase,
               lines<"#Das sind die geraden Phasenwerte [1/100] ">);
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfOddAmp::table =
-    imbalance({12130, "HwDatablockMbrdIqImbalanceRfOddAmp", {"PATH_*_IQ_IMBALANCE_RF_ODD_AMP", 4}}, amplitude,
+    imbalance({12130, "HwDatablockMbrdIqImbalanceRfOddAmp", {"PATH_*_IQ_IMBALANCE_RF_ODD_AMP", 4}}, pathAmplitude,
               lines<"#Das sind die ungeraden Amplitudewerte [1/10000] ">);
 
 constinit const ListTable HwSDatablockMbrdIqImbalanceRfOddPh::table = {
     .name = {12140, "HwDatablockMbrdIqImbalanceRfOddPh", {"PATH_*_IQ_IMBALANCE_RF_ODD_PH", 4}},
-    .values = phase,
+    .values = pathPhase,
     .text = {.head = {.comments = lines<"#Das sind die ungeraden Phasenwerte [1/100]">, .count = {}},
              .separator = ": "},
     .largestCount = 600,

@@ -76,7 +76,7 @@ constexpr std::string_view idMark = "ID:";
 constexpr std::string_view countMark = "COUNT:";
 
 /// The number that the text is, all of it, in digits only.
-std::optional<unsigned int> wholeNumber(std::string_view text, int base = 10) {
+std::optional<unsigned int> strictNumber(std::string_view text, int base = 10) {
     unsigned int number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number, base);
     if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size())
@@ -97,7 +97,7 @@ Word hexadecimal(std::string_view word) {
         word.remove_prefix(2);
     if (word.empty() || word.find_first_not_of(digits) != std::string_view::npos)
         return {.fault = "not a hexadecimal number"};
-    const std::optional<unsigned int> number = wholeNumber(word, 16);
+    const std::optional<unsigned int> number = strictNumber(word, 16);
     return number ? Word{.number = static_cast<double>(*number)} : Word{.fault = "more than 32 bits"};
 }
 
@@ -233,8 +233,8 @@ private:
             return find(firstWord(line), "not understood, the line \"COUNT:\" is expected here");
         const std::string_view pair = trimmed(line.substr(countMark.size()));
         const std::size_t star = std::min(pair.find('*'), pair.size());
-        const auto rows = wholeNumber(trimmed(pair.substr(0, star)));
-        const auto columns = wholeNumber(trimmed(pair.substr(std::min(star + 1, pair.size()))));
+        const auto rows = strictNumber(trimmed(pair.substr(0, star)));
+        const auto columns = strictNumber(trimmed(pair.substr(std::min(star + 1, pair.size()))));
         if (!rows || !columns)
             return find(pair, "COUNT is not of the form \"<rows> * <columns>\"");
         const TableShape& shape = format_.shape;
@@ -283,7 +283,7 @@ private:
         const std::string_view label = trimmed(line.substr(0, colon));
         if (rowLine_ >= rowLines_)
             return find(label, "a row more than COUNT says");
-        const std::optional<unsigned int> row = wholeNumber(label);
+        const std::optional<unsigned int> row = strictNumber(label);
         if (!row || *row != labelOf(rowLine_)) {
             find(label, "the label of row " + std::to_string(labelOf(rowLine_)) + " is expected here");
             // One row that is missing is one finding.

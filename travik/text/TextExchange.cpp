@@ -85,9 +85,9 @@ using detail::isBlank;
 using detail::takeWord;
 
 /// The lines of a text that are neither comments nor blank, their remarks cut off.
-class Lines {
+class LineReader {
 public:
-    explicit Lines(std::istream& is) : source_(is.rdbuf()) {
+    explicit LineReader(std::istream& is) : source_(is.rdbuf()) {
         if (!source_)
             return; // whose state cannot be cleared
         is.clear();
@@ -345,7 +345,7 @@ std::ostream& writeExchangeText(std::ostream& os, const ExchangeFormat& format, 
 }
 
 std::vector<char> readExchangeText(std::istream& is, const ExchangeFormat& format, const ExchangeMessages& report) {
-    Lines lines(is);
+    LineReader lines(is);
     Reader reader(format, report);
     while (const auto line = lines.next())
         reader.take(*line);
@@ -356,7 +356,7 @@ std::vector<char> readExchangeText(std::istream& is, const ExchangeFormat& forma
 }
 
 const ExchangeFormat* findExchangeFormat(std::istream& is, std::span<const ExchangeFormat* const> formats) {
-    Lines lines(is);
+    LineReader lines(is);
     const ExchangeFormat* found = nullptr;
     while (!found) {
         const auto line = lines.next();
