@@ -63,8 +63,6 @@ std::string scaleOf(const Field& field) {
     return text;
 }
 
-const Row fieldHeadings{"OFFSET", "TYPE", "ENTRIES", "NAME", "UNIT", "SCALE", "WHAT IT IS FOR"};
-
 /// The words that a block begins with.
 std::vector<Row> headerRows(const BlockForm& form) {
     const auto word = [](const char* offset, const char* name, std::string purpose) {
@@ -152,7 +150,7 @@ std::string listAsText(const BlockForms& forms) {
 
 std::string describeAsText(const BlockForms& forms, const BlockForm& form) {
     std::vector<Row> rows = headerRows(form);
-    rows.insert(rows.begin(), fieldHeadings);
+    rows.insert(rows.begin(), {"OFFSET", "TYPE", "ENTRIES", "NAME", "UNIT", "SCALE", "WHAT IT IS FOR"});
     appendFields(rows, forms, form);
     const std::string key = form.key(form.first);
     return std::to_string(form.first) + (key.empty() ? "" : "  " + key) + "  " + std::string(form.entry->className) +
