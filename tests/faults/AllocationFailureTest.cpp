@@ -165,7 +165,7 @@ std::string report(std::span<const ReportImage> images, ReportForm form) {
 
 std::string describeAll() {
     const BlockForms forms;
-    return listAsText(forms) + describeAsText(forms, BlockForms::of(15716));
+    return listAsText(forms) + describeAsJson(forms, std::vector{BlockForms::of(15716)});
 }
 
 Work simple(std::function<std::string()> act) { return {std::move(act), {}}; }
