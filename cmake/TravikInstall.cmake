@@ -22,7 +22,7 @@ endif()
 # library reaches databases and servers with are for the library.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h" PATTERN "*Kernels.h" EXCLUDE PATTERN "files" EXCLUDE PATTERN "DatabaseConnection.h" EXCLUDE
-  PATTERN "Http.h" EXCLUDE PATTERN "ModuleRows.h" EXCLUDE PATTERN "Sqlite.h" EXCLUDE ${unbuilt})
+  PATTERN "Http.h" EXCLUDE PATTERN "ModuleRows.h" EXCLUDE PATTERN "Sqlite.h" EXCLUDE PATTERN "StandardError.h" EXCLUDE ${unbuilt})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/travik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/TravikDatablock)

@@ -4,6 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -235,6 +240,48 @@ TEST(ErrorManager, WithoutHandlerWritesOneLine) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "error 770001: first: Context\nerror 770001: first\n"
                                                       "error 770002: no text\nerror -1: not registered\n");
     CErrorManager::setSignalHandler(std::move(previous));
+}
+
+/// Standard error as another file, as long as it lives.
+class StandardErrorAs {
+public:
+    explicit StandardErrorAs(int file) : kept_(::dup(STDERR_FILENO)) {
+        ::dup2(file, STDERR_FILENO);
+        ::close(file);
+    }
+    StandardErrorAs(const StandardErrorAs&) = delete;
+    StandardErrorAs& operator=(const StandardErrorAs&) = delete;
+    ~StandardErrorAs() {
+        ::dup2(kept_, STDERR_FILENO);
+        ::close(kept_);
+    }
+
+private:
+    int kept_;
+};
+
+TEST(Platform, WhatNobodyTakesIsLost) {
+    auto previous = CErrorManager::setSignalHandler(nullptr);
+    auto box = Debug::setMessageBoxHandler(nullptr);
+    int pipe[2];
+    ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+    ::close(pipe[0]);
+    for (const int file :
+         {pipe[1], ::open("/dev/full", O_WRONLY | O_CLOEXEC), ::open("/dev/null", O_RDONLY | O_CLOEXEC)}) {
+        const StandardErrorAs lost(file);
+        errno = 77;
+        ErrorManager()->signal(770001, "context");
+        Debug::debugMessageBox("Title", "text", true, 0, 0, 0, 0);
+        EXPECT_EQ(errno, 77);
+    }
+    sigset_t pending;
+    ::sigpending(&pending);
+    EXPECT_EQ(::sigismember(&pending, SIGPIPE), 0);
+    testing::internal::CaptureStderr();
+    ErrorManager()->signal(1, "taken again");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error 1: taken again\n");
+    CErrorManager::setSignalHandler(std::move(previous));
+    Debug::setMessageBoxHandler(std::move(box));
 }
 
 TEST(Platform, HandlersReplaceEachOtherAndMayThrow) {

@@ -6,7 +6,6 @@
 #include <travik/fleet/FleetDatabase.h>
 #include <travik/fleet/JsonLines.h>
 
-#include <csignal>
 #include <iostream>
 
 namespace Tool {
@@ -57,8 +56,6 @@ public:
             std::cerr << "datablock: collect needs --into, --clickhouse or --format\n";
             return CallFailed;
         }
-        // A file that would grow beyond the process's limit is an error, not the end of the process.
-        std::signal(SIGXFSZ, SIG_IGN);
         if (!format_.empty()) {
             Travik::JsonLines lines(Travik::findRelation(relation_)->relation, [](std::string_view text) {
                 if (!(std::cout << text))

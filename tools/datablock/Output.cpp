@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -19,8 +20,14 @@ namespace {
 using Travik::TextCharset;
 using Travik::TextLines;
 
-[[noreturn]] void end(std::string_view message) {
-    writeAll(STDERR_FILENO, message);
+/// The first of several threads has its say.
+template <class... Part>
+[[noreturn]] void end(Part... parts) {
+    static constinit std::atomic_flag isEnding;
+    while (isEnding.test_and_set())
+        ::pause();
+    for (const std::string_view part : {std::string_view(parts)...})
+        writeAll(STDERR_FILENO, part);
     std::_Exit(CallFailed);
 }
 
@@ -113,9 +120,7 @@ private:
         const int error = writeAll(descriptor_, bytes);
         if (error == 0 || descriptor_ == STDERR_FILENO)
             return;
-        writeAll(STDERR_FILENO, "datablock: standard output: ");
-        writeAll(STDERR_FILENO, std::strerror(error));
-        end("\n");
+        end("datablock: standard output: ", std::strerror(error), "\n");
     }
 };
 

@@ -123,6 +123,14 @@ bool Pager::start(const std::string& command) {
         return false;
     }
     toPager_ = shown[1];
+    try {
+        relay_ = std::thread(relay, written[0], toPager_);
+    } catch (const std::system_error&) { // no thread to be had
+        for (const int file : {written[0], written[1], shown[1]})
+            ::close(file);
+        wait();
+        return false;
+    }
     std::cout.flush();
     out_ = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
     ::dup2(written[1], STDOUT_FILENO);
@@ -131,7 +139,6 @@ bool Pager::start(const std::string& command) {
         ::dup2(written[1], STDERR_FILENO);
     }
     ::close(written[1]);
-    relay_ = std::thread(relay, written[0], toPager_);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
         std::signal(signal, endPagerAtSignal);
     return true;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <new>
 
 namespace Tool {
 
@@ -18,6 +19,19 @@ public:
         const std::string name = CLI::Formatter::make_option_name(option, isPositional);
         return name.substr(0, name.find('{'));
     }
+};
+
+/// As long as it lives a lack of memory unwinds, so that what is written is put away or put back; elsewhere it ends the
+/// tool at once.
+class Unwinding {
+public:
+    Unwinding() : before_(std::set_new_handler(nullptr)) {}
+    Unwinding(const Unwinding&) = delete;
+    Unwinding& operator=(const Unwinding&) = delete;
+    ~Unwinding() { std::set_new_handler(before_); }
+
+private:
+    std::new_handler before_;
 };
 
 } // namespace
@@ -54,6 +68,7 @@ Travik::WriteReport writeImage(const std::string& path, std::span<const char> by
         return {.error = "is a terminal, which no image is written to"};
     if (path == "-" && options.inPlace)
         return {.error = "cannot be written in place"};
+    const Unwinding unwinding;
     return Travik::writeImageFile(path, bytes, options);
 }
 
@@ -100,6 +115,7 @@ bool ImageUpdate::commit() {
     if (options_.dryRun)
         return true;
     if (edit_) {
+        const Unwinding unwinding;
         edit_->bytes() = image_->bytes;
         report_ = edit_->commit(options_.write);
     } else {

@@ -3,11 +3,20 @@
 #include "Writing.h"
 
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <new>
 
 namespace {
+
+/// Ahead of the objects of static storage, the argument parser's among them: memory may be lacking already. A file that
+/// would grow beyond the process's limit is an error like a full disk, not the end of the process.
+[[gnu::constructor(101)]] void expectTrouble() {
+    Tool::occupyStandardDescriptors();
+    std::set_new_handler(Tool::endOutOfMemory);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
 
 int runTool(int argc, char** argv) {
     CLI::App app("Dump, list and check the data blocks of module images.", "datablock");
@@ -50,8 +59,6 @@ int runTool(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    Tool::occupyStandardDescriptors();
-    std::set_new_handler(Tool::endOutOfMemory);
     const Tool::StandardStreams streams;
     try {
         const int status = runTool(argc, argv);

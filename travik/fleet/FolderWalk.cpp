@@ -4,13 +4,15 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <new>
 #include <system_error>
 
 namespace Travik {
 
 namespace {
 
-std::string errorText() { return std::generic_category().message(errno); }
+/// A lack of memory is nothing that is the matter with one file.
+std::string errorText() { return errno == ENOMEM ? throw std::bad_alloc() : std::generic_category().message(errno); }
 
 /// Empty, and errno, where the path leads nowhere.
 std::string realPath(const std::string& path) {

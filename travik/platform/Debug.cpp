@@ -1,9 +1,9 @@
 #include <travik/platform/Debug.h>
+#include <travik/platform/StandardError.h>
 
 #include <QByteArray>
 
 #include <cstddef>
-#include <cstdio>
 #include <map>
 #include <utility>
 #include <vector>
@@ -69,10 +69,9 @@ QString description(const Descriptions& descriptions, int index) {
     return known ? descriptions[static_cast<std::size_t>(index)] : QString();
 }
 
-// In one call, so that lines of several threads do not mix.
 void writeLine(const QString& line) {
     const QByteArray bytes = line.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
+    writeToStandardError({bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
 } // namespace

@@ -14,8 +14,9 @@ using moduleId = int;
 /// The debug service: decides by class (what a line is about, 0 to 31) and level (how severe it is, 0 the most severe)
 /// which lines of a module are shown, and writes those to standard error or hands them to a handler.
 ///
-/// Nothing is shown until both classes and a level are enabled. Nothing is thrown: a line that cannot be written for
-/// want of memory is lost, and so is what a handler throws.
+/// Nothing is shown until both classes and a level are enabled. Nothing is thrown: a line that cannot be written, for
+/// want of memory or because standard error is closed, full or read by nobody, is lost without a signal and without a
+/// trace in errno, and so is what a handler throws.
 ///
 /// Settings and handlers are changed while no other thread uses the service; isActive(), println() and
 /// debugMessageBox() may then be called from several threads.

@@ -1,9 +1,9 @@
 #include <travik/platform/ErrorManager.h>
+#include <travik/platform/StandardError.h>
 
 #include <QByteArray>
 
 #include <cstddef>
-#include <cstdio>
 #include <map>
 #include <utility>
 
@@ -31,7 +31,7 @@ void writeLine(int code, const QString& context) {
         if (!part.isEmpty())
             line += ": " + part;
     line += '\n';
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    writeToStandardError({line.constData(), static_cast<std::size_t>(line.size())});
 }
 
 } // namespace

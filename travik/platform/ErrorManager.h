@@ -11,8 +11,9 @@ namespace Travik {
 /// The error manager: takes the errors that the user of the instrument must learn about and writes each to standard
 /// error or hands it to a handler. There is one for the process, got from ErrorManager().
 ///
-/// registerErrors() and signal() throw nothing: an error that cannot be written for want of memory is lost, and so is
-/// what a handler throws. Errors are registered and handlers installed while no other thread uses the error manager;
+/// registerErrors() and signal() throw nothing: an error that cannot be written, for want of memory or because standard
+/// error is closed, full or read by nobody, is lost without a signal and without a trace in errno, and so is what a
+/// handler throws. Errors are registered and handlers installed while no other thread uses the error manager;
 /// signal() may then be called from several threads.
 class TRAVIK_PLATFORM_EXPORT CErrorManager {
 public:

@@ -17,6 +17,8 @@
 /// ones that follow the end block; only what these lack makes the image grow. What else follows the end block keeps its
 /// bytes, and its place unless the image grows. An image without an end block grows and shrinks.
 ///
+/// Where std::bad_alloc is thrown, the image is what it was.
+///
 /// Names may be globs, which pass over the end block: no name moves or removes that one.
 namespace Travik {
 

@@ -1,11 +1,13 @@
 #include <travik/service/Describe.h>
-
-#include <nlohmann/json.hpp>
+#include <travik/service/JsonText.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <concepts>
+#include <optional>
+#include <span>
 
 namespace Travik {
 
@@ -63,8 +65,6 @@ std::string scaleOf(const Field& field) {
     return text;
 }
 
-const Row fieldHeadings{"OFFSET", "TYPE", "ENTRIES", "NAME", "UNIT", "SCALE", "WHAT IT IS FOR"};
-
 /// The words that a block begins with.
 std::vector<Row> headerRows(const BlockForm& form) {
     const auto word = [](const char* offset, const char* name, std::string purpose) {
@@ -92,40 +92,135 @@ std::string markdownRow(const Row& row) {
     return text + '\n';
 }
 
-using Json = nlohmann::ordered_json;
+/// JSON with a line for each member and entry, two blanks deeper than what they are of.
+class Json {
+public:
+    template <class Value>
+    void member(std::string_view name, const Value& value) {
+        key(name);
+        put(value);
+    }
+    /// `write` writes the members or entries.
+    template <class Write>
+    void object(Write write) {
+        enclosed('{', '}', write);
+    }
+    template <class Write>
+    void array(std::string_view name, Write write) {
+        key(name);
+        enclosed('[', ']', write);
+    }
+    template <class Range, class Write>
+    void objects(const Range& range, Write write) {
+        enclosed('[', ']', [&] { entries(range, write); });
+    }
+    /// The entries of an array.
+    template <class Range, class Write>
+    void entries(const Range& range, Write write) {
+        for (const auto& entry : range) {
+            line();
+            object([&] { write(entry); });
+        }
+    }
+    void key(std::string_view name) {
+        line();
+        text_.string(name);
+        text_.raw(": ");
+    }
+    std::string take() {
+        text_.raw('\n');
+        return text_.take();
+    }
 
-Json orNull(std::string_view text) { return text.empty() ? Json() : Json(text); }
+private:
+    JsonText text_;
+    std::size_t depth_ = 0;
+    bool isFirst_ = true; // of its object or array
 
-Json toJson(const Dimension& dimension) {
-    return {{"name", dimension.name},
-            {"extent", dimension.extent},
-            {"stride", dimension.stride},
-            {"count", dimension.count ? Json(dimension.count) : Json()},
-            {"axis_block", dimension.axisBlock != 0 ? Json(dimension.axisBlock) : Json()}};
+    template <class Write>
+    void enclosed(char begin, char end, Write write) {
+        text_.raw(begin);
+        isFirst_ = true;
+        ++depth_;
+        write();
+        --depth_;
+        if (!isFirst_)
+            indent();
+        isFirst_ = false;
+        text_.raw(end);
+    }
+    void line() {
+        if (!isFirst_)
+            text_.raw(',');
+        isFirst_ = false;
+        indent();
+    }
+    void indent() {
+        text_.raw('\n');
+        for (std::size_t i = 0; i < depth_; ++i)
+            text_.raw("  ");
+    }
+    void put(std::string_view value) { text_.string(value); }
+    void put(const char* value) { text_.string(value); }
+    void put(double value) { text_.number(value); }
+    void put(bool value) { text_.raw(value ? "true" : "false"); }
+    template <std::integral Number>
+    void put(Number value) {
+        text_.whole(value);
+    }
+    void put(std::nullopt_t) { text_.raw("null"); }
+    template <class Value>
+    void put(const std::optional<Value>& value) {
+        value ? put(*value) : put(std::nullopt);
+    }
+};
+
+std::optional<std::string_view> orNull(std::string_view text) {
+    return text.empty() ? std::nullopt : std::optional(text);
 }
 
-Json toJson(const BlockForms& forms, const BlockForm& form, const Field& field) {
-    Json bits;
-    if (field.bits > 0)
-        bits = {{"first", field.shift}, {"count", field.bits}, {"signed", field.isSigned}};
-    Json dimensions = Json::array();
-    for (unsigned int d = 0; d < field.rank; ++d)
-        dimensions.push_back(toJson(field.dimensions[d]));
-    return {{"name", field.name},      {"role", roleName(field.role)},       {"purpose", forms.purpose(form, field)},
-            {"offset", field.offset},  {"type", storedName(field.stored)},   {"width", field.width},
-            {"bits", std::move(bits)}, {"unit", orNull(field.unit)},         {"scale", field.scale},
-            {"zero", field.zero},      {"dimensions", std::move(dimensions)}};
+void write(Json& json, const Dimension& dimension) {
+    json.member("name", dimension.name);
+    json.member("extent", dimension.extent);
+    json.member("stride", dimension.stride);
+    json.member("count", orNull(dimension.count ? dimension.count : ""));
+    json.member("axis_block", dimension.axisBlock != 0 ? std::optional(dimension.axisBlock) : std::nullopt);
 }
 
-Json toJson(const BlockForms& forms, const BlockForm& form) {
-    Json fields = Json::array();
-    for (const Field& field : form.layout.fields())
-        fields.push_back(toJson(forms, form, field));
-    return {{"id", form.first},
-            {"key", orNull(form.key(form.first))},
-            {"class", form.entry->className},
-            {"size", form.size},
-            {"fields", std::move(fields)}};
+void write(Json& json, const BlockForms& forms, const BlockForm& form, const Field& field) {
+    json.member("name", field.name);
+    json.member("role", roleName(field.role));
+    json.member("purpose", forms.purpose(form, field));
+    json.member("offset", field.offset);
+    json.member("type", storedName(field.stored));
+    json.member("width", field.width);
+    if (field.bits > 0) {
+        json.key("bits");
+        json.object([&] {
+            json.member("first", field.shift);
+            json.member("count", field.bits);
+            json.member("signed", field.isSigned);
+        });
+    } else {
+        json.member("bits", std::nullopt);
+    }
+    json.member("unit", orNull(field.unit));
+    json.member("scale", field.scale);
+    json.member("zero", field.zero);
+    json.array("dimensions", [&] {
+        json.entries(std::span(field.dimensions).first(field.rank),
+                     [&](const Dimension& dimension) { write(json, dimension); });
+    });
+}
+
+void write(Json& json, const BlockForms& forms, const BlockForm& form) {
+    json.member("id", form.first);
+    json.member("key", orNull(form.key(form.first)));
+    json.member("class", form.entry->className);
+    json.member("size", form.size);
+    json.array("fields", [&] {
+        json.entries(form.layout.fields(), [&](const Field& field) { write(json, forms, form, field); });
+    });
 }
 
 } // namespace
@@ -152,7 +247,7 @@ std::string listAsText(const BlockForms& forms) {
 
 std::string describeAsText(const BlockForms& forms, const BlockForm& form) {
     std::vector<Row> rows = headerRows(form);
-    rows.insert(rows.begin(), fieldHeadings);
+    rows.insert(rows.begin(), {"OFFSET", "TYPE", "ENTRIES", "NAME", "UNIT", "SCALE", "WHAT IT IS FOR"});
     appendFields(rows, forms, form);
     const std::string key = form.key(form.first);
     return std::to_string(form.first) + (key.empty() ? "" : "  " + key) + "  " + std::string(form.entry->className) +
@@ -179,10 +274,9 @@ std::string describeAsMarkdown(const BlockForms& forms) {
 }
 
 std::string describeAsJson(const BlockForms& forms, std::span<const BlockForm> asked) {
-    Json document = Json::array();
-    for (const BlockForm& form : asked)
-        document.push_back(toJson(forms, form));
-    return document.dump(2) + '\n';
+    Json json;
+    json.objects(asked, [&](const BlockForm& form) { write(json, forms, form); });
+    return json.take();
 }
 
 } // namespace Travik

@@ -417,8 +417,8 @@ std::string_view nameOf(Sum sum) { return sum == Sum::Checksum ? "checksum" : su
 
 ResealReport resealImage(std::vector<char>& image, const BlockSelector& selector) {
     ResealReport report;
-    const std::vector<char> original = image;
-    const ModuleImage module(original);
+    std::vector<char> made = image;
+    const ModuleImage module(image);
     for (const ImageBlock& block : module.blocks()) {
         if (block.isEnd() || !selector.selects(block))
             continue;
@@ -429,7 +429,7 @@ ResealReport resealImage(std::vector<char>& image, const BlockSelector& selector
         const bool isStray = block.findings.has(Finding::StrayChecksum);
         if (isSealed(block) && !isStray)
             continue;
-        const std::span<char> bytes = std::span(image).subspan(block.offset, block.bytes.size());
+        const std::span<char> bytes = std::span(made).subspan(block.offset, block.bytes.size());
         sealAgain(bytes, block);
         if (isStray)
             bytes::store(bytes, checksumAt, std::uint16_t{0});
@@ -446,6 +446,7 @@ ResealReport resealImage(std::vector<char>& image, const BlockSelector& selector
         }
         tellWord(Sum::Checksum, checksumAt);
     }
+    image = std::move(made);
     return report;
 }
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 /// An image put right: single values by name, and its sums. Whoever changes a file does it between the reading and the
-/// writing of an `ImageEdit`.
+/// writing of an `ImageEdit`. Where std::bad_alloc is thrown, the image is what it was.
 namespace Travik {
 
 /// A value that is to be put into an image, as a person writes it:

@@ -37,13 +37,15 @@ bool fill(const NewFile& file, std::span<const char> bytes) {
 /// An open file as what it is written to in place.
 class FileDevice : public ByteDevice {
 public:
-    explicit FileDevice(int file) : file_(file) {}
+    /// The flag is set when something is written.
+    FileDevice(int file, bool& isTouched) : file_(file), isTouched_(isTouched) {}
 
     std::ptrdiff_t readAt(std::size_t offset, std::span<char> bytes) override {
         const ssize_t count = ::pread(file_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
         return count < 0 ? -errno : count;
     }
     std::ptrdiff_t writeAt(std::size_t offset, std::span<const char> bytes) override {
+        isTouched_ = true;
         return files::writeAllAt(file_, offset, bytes) ? static_cast<std::ptrdiff_t>(bytes.size()) : -errno;
     }
     int sync() override {
@@ -56,6 +58,7 @@ public:
 
 private:
     int file_;
+    bool& isTouched_;
 };
 
 std::string whyNoPlainFile(const struct stat& status) {
@@ -154,9 +157,10 @@ std::string ImageEdit::State::keepOld(const std::string& wanted, WriteReport& re
         }
         if (const std::string why = files::copyRights(file, status, copy.descriptor(), report.warnings); !why.empty())
             return failed(why);
+        std::string kept = backup.path();
         if (fill(copy, original) && copy.add()) {
             backup.sync();
-            report.backup = backup.path();
+            report.backup = std::move(kept);
             return {};
         }
         if (errno != EEXIST || !wanted.empty())
@@ -189,10 +193,12 @@ std::string ImageEdit::State::putInPlace(const std::string& backup) {
     from.resize(std::max(original.size(), bytes.size()));
     std::vector<char> to = bytes;
     to.insert(to.end(), from.begin() + static_cast<std::ptrdiff_t>(bytes.size()), from.end());
-    isTouched = true;
-    if (isResized && !resize(from.size()))
-        return errorText();
-    FileDevice device(file);
+    if (isResized) {
+        isTouched = true;
+        if (!resize(from.size()))
+            return errorText();
+    }
+    FileDevice device(file, isTouched);
     std::string why = writeInPlace(device, from, to).error;
     if (why.empty() && isResized && (!resize(bytes.size()) || device.sync() != 0))
         why = "cannot be cut off: " + errorText();
@@ -215,14 +221,17 @@ std::string ImageEdit::State::replace(WriteReport& report) {
         return errorText();
     if (!isWhatWasRead())
         return changedByOthers;
+    // Said before it is so: once the file is replaced nothing may fail.
+    if (status.st_nlink > 1)
+        report.warnings.push_back("has " + std::to_string(status.st_nlink - 1) +
+                                  (status.st_nlink == 2 ? " other hard link, which keeps the old contents"
+                                                        : " other hard links, which keep the old contents"));
     if (made.replace()) {
         place.sync();
-        if (status.st_nlink > 1)
-            report.warnings.push_back("has " + std::to_string(status.st_nlink - 1) +
-                                      (status.st_nlink == 2 ? " other hard link, which keeps the old contents"
-                                                            : " other hard links, which keep the old contents"));
         return {};
     }
+    if (status.st_nlink > 1)
+        report.warnings.pop_back();
     if (errno != EBUSY && errno != EXDEV)
         return folderError();
     if (report.backup.empty()) {
@@ -249,17 +258,25 @@ WriteReport ImageEdit::State::commit(const WriteOptions& options) {
     if (!report.error.empty() || bytes == original)
         return report;
     Place backup;
+    const auto dropBackup = [&] {
+        ::unlinkat(backup.folder(), backup.name().c_str(), 0);
+        report.backup.clear();
+    };
     if (options.backup)
         report.error = keepOld(*options.backup, report, backup);
     // The same warnings would come of the file itself.
     if (report.error.empty()) {
         report.warnings.clear();
-        report.error = put(options, report);
+        try {
+            report.error = put(options, report);
+        } catch (...) {
+            if (!report.backup.empty() && !isTouched)
+                dropBackup();
+            throw;
+        }
     }
-    if (!report.error.empty() && !report.backup.empty() && !isTouched && isWhatWasRead()) {
-        ::unlinkat(backup.folder(), backup.name().c_str(), 0);
-        report.backup.clear();
-    }
+    if (!report.error.empty() && !report.backup.empty() && !isTouched && isWhatWasRead())
+        dropBackup();
     return report;
 }
 

@@ -27,7 +27,9 @@
 ///   for, its old bytes safe in a backup first (see `WriteOptions::inPlace`). A file that is a mount point of its own
 ///   is without being asked for, if there is a backup. A process that is killed meanwhile leaves the backup.
 ///
-/// Nothing is printed. All functions may be used from several threads, one object from one at a time.
+/// Nothing is printed. Nothing is thrown but std::bad_alloc where memory runs out, and then, as after any other
+/// failure, the file holds the old bytes and nothing else was made. All functions may be used from several threads, one
+/// object from one at a time.
 namespace Travik {
 
 struct WriteOptions {

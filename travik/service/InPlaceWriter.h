@@ -43,7 +43,8 @@ struct InPlaceReport {
 /// written back, in several attempts, each of which reads all bytes back.
 ///
 /// The device is to be nobody else's meanwhile. Keep the old bytes elsewhere before: a process that is killed, or a
-/// lack of power, leaves some bytes new and some old.
+/// lack of power, leaves some bytes new and some old. A lack of memory does not: all there is need of is taken before
+/// the first byte is written, or std::bad_alloc is thrown.
 TRAVIK_SERVICE_EXPORT InPlaceReport writeInPlace(ByteDevice& device, std::span<const char> from,
                                                  std::span<const char> to);
 

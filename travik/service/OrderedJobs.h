@@ -16,15 +16,16 @@ namespace Travik {
 /// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, and `deliver(i, result)` on the calling
 /// thread in the order of i. No more than four results a thread wait at a time, however slow the first is. What `work`
 /// throws comes out where its result would have been delivered; that, and what `deliver` throws, ends it all: nothing
-/// further is begun. With one job everything happens on the calling thread.
+/// further is begun. With one job, or where no thread is to be had, everything happens on the calling thread.
 template <class Work, class Deliver>
 void runOrdered(std::size_t count, unsigned int jobs, Work work, Deliver deliver) {
     using Result = std::invoke_result_t<Work&, std::size_t>;
-    if (jobs <= 1 || count <= 1) {
+    const auto runAlone = [&] {
         for (std::size_t i = 0; i < count; ++i)
             deliver(i, work(i));
-        return;
-    }
+    };
+    if (jobs <= 1 || count <= 1)
+        return runAlone();
     struct Slot {
         std::optional<Result> result;
         std::exception_ptr error;
@@ -74,9 +75,9 @@ void runOrdered(std::size_t count, unsigned int jobs, Work work, Deliver deliver
     try {
         while (workers.size() < threads)
             workers.emplace_back(runWorker);
-    } catch (const std::system_error&) {
+    } catch (const std::system_error&) { // there are no more to be had: those that there are do all of it
         if (workers.empty())
-            throw; // else those that there are do all of it
+            return runAlone();
     }
 
     for (std::size_t i = 0; i < count; ++i) {

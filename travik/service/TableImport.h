@@ -38,7 +38,8 @@ struct TableImport {
 
 /// Reads a table strictly and puts it into the block of the image, which is sealed. Nothing else changes, and nothing
 /// at all where anything is refused: a text that is not understood; an image without the block, or with two of them; a
-/// block that has not the size of its class; one whose checksum does not hold, unless `force` is set.
+/// block that has not the size of its class; one whose checksum does not hold, unless `force` is set. Where
+/// std::bad_alloc is thrown, the image is what it was.
 TRAVIK_SERVICE_EXPORT TableImport importTable(std::vector<char>& image, std::string_view text,
                                               const ExchangeFormat& format, bool force = false);
 

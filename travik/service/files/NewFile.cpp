@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <utility>
 
 namespace Travik::files {
 
@@ -53,16 +54,17 @@ bool NewFile::create(mode_t mode) {
 bool NewFile::createNamed(mode_t mode) {
     held_.emplace();
     removeLeftOver(place_);
-    for (const std::string& name : {nameBeside(place_), nameOfProcess(place_)}) {
+    for (std::string name : {nameBeside(place_), nameOfProcess(place_)}) {
+        const Place there = place_.beside(name);
         file_ = Descriptor(::openat(place_.folder(), name.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, mode));
         if (file_ < 0 && errno == EEXIST)
             continue;
         if (file_ < 0)
             break;
-        name_ = name;
+        name_ = std::move(name); // from here on it is removed, whatever comes
         // Another process may have taken it for a left-over before it was locked.
         struct stat status {};
-        if (lock(file_, 0) && ::fstat(file_, &status) == 0 && place_.beside(name).holds(status))
+        if (lock(file_, 0) && ::fstat(file_, &status) == 0 && there.holds(status))
             return true;
         name_.clear();
         errno = EAGAIN;
@@ -78,9 +80,9 @@ bool NewFile::link(const std::string& name) const {
 bool NewFile::linkBeside() {
     held_.emplace();
     removeLeftOver(place_);
-    for (const std::string& name : {nameBeside(place_), nameOfProcess(place_)}) {
+    for (std::string name : {nameBeside(place_), nameOfProcess(place_)}) {
         if (link(name)) {
-            name_ = name;
+            name_ = std::move(name);
             return true;
         }
         if (errno != EEXIST)
