@@ -2,6 +2,7 @@
 #include <travik/datablock/ChecksumKernels.h>
 
 #include <benchmark/benchmark.h>
+#include <isa-l/crc.h>
 #include <libdeflate.h>
 #include <zlib.h>
 
@@ -11,8 +12,11 @@
 
 namespace {
 
-// Each size of block image has its own cost: a record, a table, a large table, the largest images in use.
-void imageSizes(benchmark::internal::Benchmark* bench) { bench->Arg(64)->Arg(2048)->Arg(32 * 1024)->Arg(60016); }
+// Each size of block image has its own cost: a date, a record, a small table, a table, a large one, the largest images
+// in use.
+void imageSizes(benchmark::internal::Benchmark* bench) {
+    bench->Arg(8)->Arg(64)->Arg(256)->Arg(2048)->Arg(32 * 1024)->Arg(60016);
+}
 
 template <typename Sum>
 void over(benchmark::State& state, Sum sum) {
@@ -55,11 +59,16 @@ void crc32Libdeflate(benchmark::State& state) {
          [](const unsigned char* bytes, std::size_t byteCount) { return libdeflate_crc32(0, bytes, byteCount); });
 }
 
+void crc32Isal(benchmark::State& state) {
+    over(state, [](const unsigned char* bytes, std::size_t byteCount) { return crc32_gzip_refl(0, bytes, byteCount); });
+}
+
 BENCHMARK(sum16)->Apply(imageSizes);
 BENCHMARK(sum16Memcpy)->Apply(imageSizes);
 BENCHMARK(crc32)->Apply(imageSizes);
 BENCHMARK(crc32Sliced)->Apply(imageSizes);
 BENCHMARK(crc32Zlib)->Apply(imageSizes);
 BENCHMARK(crc32Libdeflate)->Apply(imageSizes);
+BENCHMARK(crc32Isal)->Apply(imageSizes);
 
 } // namespace

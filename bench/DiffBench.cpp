@@ -34,7 +34,11 @@ void compare(benchmark::State& state, const std::vector<char>& other, const Diff
 void mainBoardDiff(benchmark::State& state) { compare(state, calibratedAnew()); }
 BENCHMARK(mainBoardDiff);
 
-void mainBoardDiffTolerant(benchmark::State& state) { compare(state, calibratedAnew(), {.tolerance = 1e9}); }
+void mainBoardDiffTolerant(benchmark::State& state) {
+    DiffOptions options;
+    options.tolerance = 1e9;
+    compare(state, calibratedAnew(), options);
+}
 BENCHMARK(mainBoardDiffTolerant);
 
 void mainBoardDiffOneValue(benchmark::State& state) {

@@ -9,6 +9,7 @@
 #include <travik/service/ValueText.h>
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <limits>
 #include <stdexcept>
@@ -160,24 +161,41 @@ TEST(Names, ThatAreWrongHaveNearOnes) {
 }
 
 TEST(Jobs, DeliverInOrderAndHoldLittle) {
-    for (const unsigned int jobs : {1U, 2U, 7U, 64U}) {
-        std::atomic<std::size_t> begun = 0;
-        std::size_t delivered = 0;
-        runOrdered(
-            200, jobs,
-            [&](std::size_t i) {
-                ++begun;
-                if (i % 16 == 0)
-                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                return i;
-            },
-            [&](std::size_t i, std::size_t result) {
-                EXPECT_EQ(i, delivered++);
-                EXPECT_EQ(result, i);
-                EXPECT_LE(begun, delivered + std::size_t{4} * jobs);
-            });
-        EXPECT_EQ(delivered, 200U);
-    }
+    // Little work is handed out in runs, more of it one by one.
+    for (const auto& [pause, longest] : {std::pair(0, longestRun), std::pair(200, std::size_t{1})})
+        for (const unsigned int jobs : {1U, 2U, 7U, 64U}) {
+            std::atomic<std::size_t> begun = 0;
+            std::size_t delivered = 0;
+            runOrdered(
+                200, jobs,
+                [&, pause = pause](std::size_t i) {
+                    ++begun;
+                    std::this_thread::sleep_for(std::chrono::microseconds(i % 16 == 0 ? 1000 : pause));
+                    return i;
+                },
+                [&, longest = longest](std::size_t i, std::size_t result) {
+                    EXPECT_EQ(i, delivered++);
+                    EXPECT_EQ(result, i);
+                    EXPECT_LT(begun, delivered + (4 * jobs + 1) * longest);
+                });
+            EXPECT_EQ(delivered, 200U);
+        }
+}
+
+TEST(Jobs, RunAllAtOnce) {
+    // Each waits for as many others as there are jobs, which the calling thread is one of.
+    std::atomic<int> here = 0;
+    std::set<std::thread::id> threads;
+    runOrdered(
+        4, 4,
+        [&](std::size_t) {
+            for (++here; here < 4;)
+                std::this_thread::yield();
+            return std::this_thread::get_id();
+        },
+        [&](std::size_t, std::thread::id id) { threads.insert(id); });
+    EXPECT_EQ(threads.size(), 4U);
+    EXPECT_TRUE(threads.contains(std::this_thread::get_id()));
 }
 
 TEST(Jobs, EndWithTheFirstFailureInOrder) {

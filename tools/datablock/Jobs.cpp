@@ -23,23 +23,30 @@ struct Written {
     int status = AllWell;
 };
 
-/// As long as it lives the thread writes into it.
+/// What the thread writes into, image after image: making a stream takes longer than checking a small image.
+struct Recorder {
+    CollectingStream out{STDOUT_FILENO};
+    CollectingStream err{STDERR_FILENO};
+};
+
+/// As long as it lives the thread writes into its recorder.
 class Recording {
 public:
     Recording() {
-        currentOut = &out_;
-        currentErr = &err_;
+        currentOut = &recorder_.out;
+        currentErr = &recorder_.err;
     }
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
     ~Recording() { currentOut = currentErr = nullptr; }
 
-    Written written(int status) { return {std::move(out_).str(), std::move(err_).str(), status}; }
+    Written written(int status) { return {recorder_.out.take(), recorder_.err.take(), status}; }
 
 private:
-    CollectingStream out_{STDOUT_FILENO};
-    CollectingStream err_{STDERR_FILENO};
+    static thread_local Recorder recorder_;
 };
+
+thread_local Recorder Recording::recorder_;
 
 struct OutputFailed {};
 

@@ -193,6 +193,17 @@ CollectingStream::CollectingStream(int descriptor) {
     iword(goesToTerminal()) = (descriptor == STDOUT_FILENO ? standardOutput() : standardError()).isTerminal() ? 1 : 0;
 }
 
+std::string CollectingStream::take() {
+    std::string text = std::move(*this).str();
+    str({});
+    clear();
+    flags(std::ios_base::skipws | std::ios_base::dec);
+    precision(6);
+    width(0);
+    fill(' ');
+    return text;
+}
+
 std::ostream& operator<<(std::ostream& os, InLine name) {
     const auto* const channel = dynamic_cast<const Channel*>(os.rdbuf());
     if ((channel && channel->isTerminal()) || os.iword(goesToTerminal()) != 0)

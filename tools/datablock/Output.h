@@ -45,6 +45,9 @@ void passSafeText();
 class CollectingStream : public std::ostringstream {
 public:
     explicit CollectingStream(int descriptor);
+
+    /// What was collected. The stream is as if it were new.
+    std::string take();
 };
 
 /// A name or a selector inside a line: a terminal is shown line feeds and tabs by their numbers, too.

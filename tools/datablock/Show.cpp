@@ -64,8 +64,8 @@ private:
         std::vector<std::string> objects(paths_.size());
         const int status = forEachImage(
             paths_, jobs_, [&](const Image& image, std::size_t place) { return showAsJson(image, objects[place]); });
-        // Composed before it is written: there is no half a document.
-        std::cout << Travik::jsonDocument(objects);
+        // Every object is made before the first is written: a lack of memory leaves no half a document.
+        Travik::writeJsonDocument(std::cout, objects);
         return status;
     }
 

@@ -15,9 +15,10 @@ namespace Travik::detail {
 struct Crc32Kernel {
     const char* name;
     std::uint32_t (*run)(const void* bytes, std::size_t byteCount, std::uint32_t crc) noexcept;
+    bool (*isSupported)() noexcept; ///< Whether this processor and its system have what it needs.
 };
 
-/// The kernels this processor can run, never empty, the fastest (the one crc32() takes) first.
+/// Every kernel, the fastest first, the last without needs. crc32() takes the first that is supported.
 TRAVIK_DATABLOCK_EXPORT std::span<const Crc32Kernel> crc32Kernels() noexcept;
 
 } // namespace Travik::detail

@@ -4,6 +4,7 @@
 #include <travik/service/Export.h>
 
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <span>
 #include <string>
@@ -29,6 +30,9 @@ TRAVIK_SERVICE_EXPORT std::string jsonObject(std::string_view name, std::span<co
 
 /// The whole document, an array of the objects in their order. Empty ones are left out.
 TRAVIK_SERVICE_EXPORT std::string jsonDocument(std::span<const std::string> objects);
+
+/// The same into a stream, without a second copy of it all in memory.
+TRAVIK_SERVICE_EXPORT void writeJsonDocument(std::ostream& os, std::span<const std::string> objects);
 
 /// How a document is read.
 struct BuildOptions {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <ostream>
 
 namespace Travik {
 
@@ -491,13 +492,31 @@ std::string jsonObject(std::string_view name, std::span<const char> bytes, const
     return out.take();
 }
 
+namespace {
+
+template <class Append>
+void composeDocument(std::span<const std::string> objects, Append append) {
+    bool isEmpty = true;
+    for (const std::string& object : objects) {
+        if (object.empty())
+            continue;
+        append(isEmpty ? "[\n  " : ",\n  ");
+        append(object);
+        isEmpty = false;
+    }
+    append(isEmpty ? "[]\n" : "\n]\n");
+}
+
+} // namespace
+
 std::string jsonDocument(std::span<const std::string> objects) {
     std::string text;
-    for (const std::string& object : objects) {
-        if (!object.empty())
-            text.append(text.empty() ? "[\n  " : ",\n  ").append(object);
-    }
-    return text.empty() ? "[]\n" : text + "\n]\n";
+    composeDocument(objects, [&](std::string_view part) { text.append(part); });
+    return text;
+}
+
+void writeJsonDocument(std::ostream& os, std::span<const std::string> objects) {
+    composeDocument(objects, [&](std::string_view part) { os << part; });
 }
 
 } // namespace Travik
