@@ -56,6 +56,11 @@ TEST(QMemArray, GrownTailIsZeroEvenWhereOldBytesLay) {
     a.resize(64);
     EXPECT_EQ(a.contains('\0'), 63);
     EXPECT_EQ(Bytes(32u).contains('\0'), 32);
+    Bytes few(8); // few enough to lie beside the count
+    few.fill('x');
+    for (const unsigned size : {3U, 8U, 9U, 2U, 64U})
+        few.resize(size);
+    EXPECT_EQ(text(few), "xx" + std::string(62, '\0'));
     EXPECT_TRUE(Bytes(-1).isNull());
 }
 

@@ -65,10 +65,13 @@ inline bool storeText(std::span<char> image, std::size_t offset, std::size_t len
 }
 
 /// Copies whole elements of `width` bytes to `offset`, as many as lie inside the image. The source holds `length` bytes
-/// and may overlap the image.
+/// and may overlap the image; elements that lie in their place already, as of a block that is taken over itself, are
+/// not touched.
 inline void storeElements(std::span<char> image, std::size_t offset, const void* source, std::size_t length,
                           std::size_t width) noexcept {
     if (offset >= image.size() || width == 0 || length < width) // without a whole element there may be no source
+        return;
+    if (source == image.data() + offset)
         return;
     const std::size_t room = std::min(length, image.size() - offset);
     std::memmove(image.data() + offset, source, room - room % width);

@@ -1,11 +1,30 @@
 #include <travik/datablock/Bytes.h>
 #include <travik/datablock/Checksum.h>
 #include <travik/datablock/HwDatablock.h>
+#include <travik/datablock/ShortImages.h>
 #include <travik/platform/Debug.h>
 
 #include <cstddef>
+#include <limits>
+#include <utility>
 
 namespace Travik {
+
+namespace detail {
+
+namespace {
+
+thread_local unsigned int longestNewImage = std::numeric_limits<unsigned int>::max();
+
+} // namespace
+
+ShortImages::ShortImages(unsigned int longest) noexcept : outer_(std::exchange(longestNewImage, longest)) {}
+
+ShortImages::~ShortImages() { longestNewImage = outer_; }
+
+unsigned int ShortImages::lengthOf(unsigned int size) noexcept { return std::min(size, longestNewImage); }
+
+} // namespace detail
 
 namespace {
 
@@ -26,8 +45,13 @@ constexpr unsigned short complement(unsigned int sum) { return static_cast<unsig
 
 } // namespace
 
-HwDatablock::HwDatablock(bool stopConversionOnError) : stopConversionOnError_(stopConversionOnError) {
-    initialise(0, sizeof(HwSDatablockHeader));
+HwDatablock::HwDatablock(bool stopConversionOnError)
+    : HwDatablock(0, sizeof(HwSDatablockHeader), stopConversionOnError) {}
+
+HwDatablock::HwDatablock(unsigned short id, unsigned short size, bool stopConversionOnError)
+    : stopConversionOnError_(stopConversionOnError), data_(detail::ShortImages::lengthOf(size)) {
+    bytes::store(image(), idOffset, id);
+    bytes::store(image(), sizeOffset, size);
 }
 
 HwDatablock::~HwDatablock() = default;
@@ -154,8 +178,7 @@ void HwDatablock::setChecksum(unsigned short checksum) {
 }
 
 void HwDatablock::initialise(unsigned short id, unsigned short size) {
-    data_ = QMemArray<char>(size);
-    data_.fill(0);
+    data_ = QMemArray<char>(detail::ShortImages::lengthOf(size));
     bytes::store(image(), idOffset, id);
     bytes::store(image(), sizeOffset, size);
 }

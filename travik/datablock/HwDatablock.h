@@ -148,7 +148,10 @@ protected:
     std::span<char> image() { return {data_.data(), data_.size()}; }
     std::span<const char> image() const { return {data_.data(), data_.size()}; }
 
-    /// A new block's image: `size` zero bytes, then identifier and size.
+    /// A block with a new image, as `initialise` makes it.
+    HwDatablock(unsigned short id, unsigned short size, bool stopConversionOnError);
+
+    /// A new image in place of the block's own: `size` zero bytes, then identifier and size.
     void initialise(unsigned short id, unsigned short size);
     /// Stores a taken-over record's header words; the checksum is the caller's to store afterwards.
     void storeHeader(unsigned short id, unsigned short size, unsigned short alignment);

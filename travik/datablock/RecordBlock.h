@@ -51,9 +51,7 @@ public:
 protected:
     static constexpr unsigned short recordSize = sizeof(Record);
 
-    RecordBlock(unsigned short id, bool stopConversionOnError) : HwDatablock(stopConversionOnError) {
-        initialise(id, recordSize);
-    }
+    RecordBlock(unsigned short id, bool stopConversionOnError) : HwDatablock(id, recordSize, stopConversionOnError) {}
 
     /// The element, or a zero value out of range.
     template <auto Member, class... Index>

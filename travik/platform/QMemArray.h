@@ -81,7 +81,15 @@ public:
     /// Raw data is copied first. Always true (in Qt 3, false stood for a lack of memory).
     bool resize(unsigned size) {
         Shared& s = *shared;
-        if (s.raw || size == 0) {
+        if (size == 0) {
+            s.replace(nullptr, 0, false);
+        } else if (size <= s.mostNear && (!s.data || s.isNear())) {
+            if (size > s.size)
+                std::memset(s.near + s.size * sizeof(T), 0, std::size_t{size - s.size} * sizeof(T));
+            s.data = reinterpret_cast<T*>(s.near);
+            s.size = size;
+            s.raw = false;
+        } else if (s.raw || s.isNear()) {
             Elements own = cloned(s.data, std::min(size, s.size), size);
             s.replace(own.release(), size, false);
         } else if (size != s.size) {
@@ -203,9 +211,14 @@ private:
         unsigned size = 0;
         unsigned refs = 1;
         bool raw = false; // data is someone else's
+        // Elements that take no memory of their own: up to a block's header.
+        static constexpr std::size_t nearSize = 8;
+        static constexpr unsigned mostNear = alignof(T) <= alignof(T*) ? nearSize / sizeof(T) : 0;
+        alignas(T*) std::byte near[nearSize];
 
+        bool isNear() const noexcept { return data == reinterpret_cast<const T*>(near); }
         void replace(T* newData, unsigned newSize, bool newRaw) noexcept {
-            if (!raw)
+            if (!raw && !isNear())
                 Free()(data);
             data = newData;
             size = newSize;
@@ -231,7 +244,8 @@ private:
     // Leaves those that share behind with the present elements.
     void referTo(T* elements, unsigned size, bool raw) {
         if (shared->refs > 1) {
-            Shared* fresh = new Shared{elements, size, 1, raw};
+            auto* const fresh = new Shared;
+            fresh->replace(elements, size, raw);
             --shared->refs;
             shared = fresh;
         } else {

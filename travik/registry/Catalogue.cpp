@@ -30,6 +30,7 @@
 #include <travik/tables/WiqTables.h>
 
 #include <algorithm>
+#include <array>
 
 namespace Travik {
 
@@ -258,16 +259,56 @@ static_assert(std::ranges::adjacent_find(rowsOfAllClasses,
                                          }) == std::ranges::end(rowsOfAllClasses),
               "the rows stand in ascending order of identifiers, and no identifier is in two of them");
 
+/// Rows by identifier without a search: the identifiers in pages of 256, of which few have a row. Numbers count from 1;
+/// 0 is none.
+constexpr unsigned int pageSize = 256;
+using Page = std::array<unsigned char, pageSize>;
+
+constexpr unsigned int usedPages = [] {
+    int last = -1;
+    unsigned int count = 0;
+    for (const CatalogueEntry& row : rowsOfAllClasses) {
+        for (int id = row.first; id <= row.last; ++id) {
+            count += id / int{pageSize} != last;
+            last = id / int{pageSize};
+        }
+    }
+    return count;
+}();
+static_assert(usedPages < pageSize && std::size(rowsOfAllClasses) < pageSize, "numbers are bytes");
+static_assert(std::begin(rowsOfAllClasses)->first >= 0 && std::prev(std::end(rowsOfAllClasses))->last <= 0xFFFF);
+
+struct RowNumbers {
+    Page pages{};
+    std::array<Page, usedPages + 1> rows{}; // the first is the page without rows
+};
+
+constexpr RowNumbers rowNumbers = [] {
+    RowNumbers numbers;
+    unsigned char pages = 0;
+    unsigned char rows = 0;
+    for (const CatalogueEntry& row : rowsOfAllClasses) {
+        ++rows;
+        for (unsigned int id = static_cast<unsigned int>(row.first); id <= static_cast<unsigned int>(row.last); ++id) {
+            unsigned char& page = numbers.pages[id / pageSize];
+            if (page == 0)
+                page = ++pages;
+            numbers.rows[page][id % pageSize] = rows;
+        }
+    }
+    return numbers;
+}();
+
 } // namespace
 
 std::span<const CatalogueEntry> catalogue() { return rowsOfAllClasses; }
 
 const CatalogueEntry* findEntry(int id) {
-    const auto* const behind = std::ranges::upper_bound(rowsOfAllClasses, id, {}, &CatalogueEntry::first);
-    if (behind == std::begin(rowsOfAllClasses))
+    if (id < 0 || id > 0xFFFF)
         return nullptr;
-    const CatalogueEntry& entry = *std::prev(behind);
-    return id <= entry.last ? &entry : nullptr;
+    const auto word = static_cast<unsigned int>(id);
+    const unsigned int number = rowNumbers.rows[rowNumbers.pages[word / pageSize]][word % pageSize];
+    return number != 0 ? &rowsOfAllClasses[number - 1] : nullptr;
 }
 
 } // namespace Travik

@@ -29,8 +29,8 @@ struct CatalogueEntry {
     std::string (*key)(const CatalogueEntry& entry, int id);
     /// The fields that follow the header, with the blocks that label the tables of this very identifier.
     FieldList (*fields)(const CatalogueEntry& entry, int id);
-    /// Re-stores a block of the class in place, every field through the byte-order conversion; null where blocks of
-    /// this entry are not converted.
+    /// Re-stores the image of a block in place, as the class does, every field through the byte-order conversion; null
+    /// where blocks of this entry are not converted.
     void (*restore)(HwDatablock& block);
 
     /// What a table that has no class of its own is made with.

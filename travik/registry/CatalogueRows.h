@@ -2,10 +2,12 @@
 
 #include <travik/datablock/End.h>
 #include <travik/datablock/RecordFields.h>
+#include <travik/datablock/ShortImages.h>
 #include <travik/registry/Catalogue.h>
 #include <travik/text/TableTemplates.h>
 
 #include <algorithm>
+#include <concepts>
 
 /// How the rows of the catalogue are written: everything that a class already says of itself is taken from the class.
 namespace Travik::detail {
@@ -56,33 +58,43 @@ consteval unsigned short sizeOf() {
         return sizeof(HwSDatablockEnd);
 }
 
-/// Sends every field of a record through the block's conversion routine.
-template <class Block, class Record>
-void restoreFrom(Block& block, Record* record) {
-    if constexpr (requires { block.swapBlock(record); })
-        block.swapBlock(record);
-    else
-        block.setBlock(record);
+/// Sends every field of the image through the conversion routine of the class: a temporary block of the class, made
+/// without an image of its own, shares that of the block.
+template <class Block>
+void restoreAs(HwDatablock& block) {
+    const ShortImages none(0);
+    auto temporary = [] {
+        if constexpr (std::default_initializable<Block>)
+            return Block();
+        else
+            return Block(0); // takes an identifier, which the image has
+    }();
+    temporary.setDataWithoutChecksumCheck(&block);
+    // In the firmware order while its fields are re-stored: their setters may compute checksums, which would ask for a
+    // conversion of a foreign block again, and so on without end.
+    temporary.setDataFormatTyp(HwDataFormatFirmware);
+    using Record = typename Block::Record;
+    const QMemArray<char> image = temporary.getByteArrayData();
+    if (image.size() >= sizeof(Record)) {
+        temporary.swapBlock(temporary.getBlock());
+    } else { // a damaged block ends before its record does: what is missing reads as zero
+        const auto record = std::make_unique<Record>();
+        std::copy_n(image.data(), image.size(), reinterpret_cast<char*>(record.get()));
+        temporary.swapBlock(record.get());
+    }
 }
 
 /// A row that still knows its class.
 template <class Block>
 struct Row : CatalogueEntry {
-    /// Blocks of this row are converted to another byte order, through `swapBlock` where the class has one, otherwise
-    /// through `setBlock`.
+    /// Blocks of this row are converted to another byte order: tables by taking themselves over, others through the
+    /// `swapBlock` of their class.
     constexpr Row convertible() const {
         Row row = *this;
-        row.restore = [](HwDatablock& block) {
-            auto& typed = static_cast<Block&>(block);
-            const QMemArray<char> image = typed.getByteArrayData();
-            if (image.size() >= sizeof(typename Block::Record)) {
-                restoreFrom(typed, typed.getBlock());
-            } else { // a damaged block ends before its record does: what is missing reads as zero
-                const auto record = std::make_unique<typename Block::Record>();
-                std::copy_n(image.data(), image.size(), reinterpret_cast<char*>(record.get()));
-                restoreFrom(typed, record.get());
-            }
-        };
+        if constexpr (std::derived_from<Block, TableBlock>)
+            row.restore = [](HwDatablock& block) { TableBlock::takeOverItself(Block::shape, block); };
+        else
+            row.restore = restoreAs<Block>;
         return row;
     }
 

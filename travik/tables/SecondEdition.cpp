@@ -63,7 +63,7 @@ SecondEditionLayout::SecondEditionLayout(std::span<const char> block) : SecondEd
     end = valuesAt + rows * rowSize;
 }
 
-HwDatablock2Edition::HwDatablock2Edition() : HwDatablock(true) { initialise(0, emptySize); }
+HwDatablock2Edition::HwDatablock2Edition() : HwDatablock(0, emptySize, true) {}
 
 HwDatablock2Edition::~HwDatablock2Edition() = default;
 

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <ostream>
+#include <vector>
 
 namespace Travik {
 
@@ -30,11 +31,15 @@ double toUser(const TableShape& shape, double product) {
 
 TableBlock::TableBlock(const TableShape& shape, const char* keyName, unsigned int idBase, unsigned int idOffset,
                        double scaleFactor, unsigned int maxRows, unsigned int maxColumns, bool stopConversionOnError)
-    : HwDatablock(stopConversionOnError), idOffset_(idOffset), idBase_(idBase), keyName_(keyName ? keyName : ""),
-      scaleFactor_(scaleFactor), maxRows_(std::min(maxRows, shape.rows)),
-      maxColumns_(std::min(maxColumns, shape.columns)), descriptorCount_(shape.descriptors), shape_(&shape) {
-    initialise(static_cast<unsigned short>(idBase_ + idOffset_), static_cast<unsigned short>(shape.size()));
-}
+    : HwDatablock(static_cast<unsigned short>(idBase + idOffset), static_cast<unsigned short>(shape.size()),
+                  stopConversionOnError),
+      idOffset_(idOffset), idBase_(idBase), keyName_(keyName ? keyName : ""), scaleFactor_(scaleFactor),
+      maxRows_(std::min(maxRows, shape.rows)), maxColumns_(std::min(maxColumns, shape.columns)),
+      descriptorCount_(shape.descriptors), shape_(&shape) {}
+
+TableBlock::TableBlock(const TableShape& shape, const HwDatablock& block)
+    : HwDatablock(block), idOffset_(0), idBase_(0), scaleFactor_(1.0), maxRows_(shape.rows), maxColumns_(shape.columns),
+      descriptorCount_(shape.descriptors), shape_(&shape) {}
 
 unsigned int TableBlock::getNumberOfRows() const {
     return bytes::load<unsigned int>(image(), shape_->rowCountOffset());
@@ -130,6 +135,18 @@ int TableBlock::takeOver(const void* record) {
     copy(shape_->indexOffset(), size - shape_->indexOffset(), sizeof(int));
     setChecksum(header.checksum);
     return 0;
+}
+
+void TableBlock::takeOverItself(const TableShape& shape, HwDatablock& block) {
+    TableBlock table(shape, block);
+    const std::span<const char> image = table.image();
+    if (image.size() >= shape.size()) {
+        table.takeOver(image.data());
+    } else {
+        std::vector<char> record(shape.size());
+        std::ranges::copy(image, record.begin());
+        table.takeOver(record.data());
+    }
 }
 
 // Text

@@ -125,6 +125,11 @@ public:
 
     std::ostream& printToStream(std::ostream& os) override;
 
+    /// Takes the block's own image over in place, as a table of the shape: sends its fields through the byte-order
+    /// conversion and gives it the shape's size word. An image with a wrong checksum is refused as by `setBlock`; of
+    /// one that ends early, what is missing counts as zero.
+    static void takeOverItself(const TableShape& shape, HwDatablock& block);
+
 protected:
     TableBlock(const TableShape& shape, const char* keyName, unsigned int idBase, unsigned int idOffset,
                double scaleFactor, unsigned int maxRows, unsigned int maxColumns, bool stopConversionOnError);
@@ -144,6 +149,9 @@ protected:
     int takeOver(const void* record);
 
 private:
+    /// Shares the block's image.
+    TableBlock(const TableShape& shape, const HwDatablock& block);
+
     unsigned int idOffset_;
     unsigned int idBase_;
     std::string keyName_;
