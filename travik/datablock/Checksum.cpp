@@ -3,20 +3,12 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
-
-// Words are loaded as they lie in memory: the host is little-endian.
 
 namespace Travik {
 
 namespace {
 
-template <typename T>
-T load(const unsigned char* from) noexcept {
-    T value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
+using detail::load;
 
 // The kernel that crc32() takes, found by its first call: several threads may do so at once, and find the same.
 std::uint32_t crc32First(const void* bytes, std::size_t byteCount, std::uint32_t crc) noexcept;

@@ -7,18 +7,11 @@
 #include <immintrin.h>
 #endif
 
-// Words are loaded as they lie in memory: the host is little-endian.
-
 namespace Travik {
 
 namespace {
 
-template <typename T>
-T load(const unsigned char* from) noexcept {
-    T value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
+using detail::load;
 
 // A polynomial modulo P is held reflected: bit 31 is the coefficient of x^0, bit 0 that of x^31.
 constexpr std::uint32_t reflectedP = 0xEDB88320;

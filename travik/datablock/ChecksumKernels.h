@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include <travik/datablock/Export.h>
@@ -20,5 +21,13 @@ struct Crc32Kernel {
 
 /// Every kernel, the fastest first, the last without needs. crc32() takes the first that is supported.
 TRAVIK_DATABLOCK_EXPORT std::span<const Crc32Kernel> crc32Kernels() noexcept;
+
+/// A word as it lies in memory: the host is little-endian.
+template <typename T>
+T load(const unsigned char* from) noexcept {
+    T value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
 
 } // namespace Travik::detail
