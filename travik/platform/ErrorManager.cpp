@@ -11,23 +11,23 @@ namespace Travik {
 
 namespace {
 
-struct Service {
+struct ErrorService {
     std::map<int, const char*> texts; // by error code
     CErrorManager::SignalHandler signalHandler;
     CErrorManager::RegisterHandler registerHandler;
 };
 
-Service& service() {
+ErrorService& errorService() {
     // Never destroyed: objects of static storage may signal errors until the very end.
-    static Service* const instance = new Service;
+    static ErrorService* const instance = new ErrorService;
     return *instance;
 }
 
 void writeLine(int code, const QString& context) {
     QByteArray line = "error " + QByteArray::number(code);
-    const auto registered = service().texts.find(code);
-    for (const QByteArray& part :
-         {QByteArray(registered == service().texts.end() ? nullptr : registered->second), context.trimmed().toUtf8()})
+    const auto registered = errorService().texts.find(code);
+    for (const QByteArray& part : {QByteArray(registered == errorService().texts.end() ? nullptr : registered->second),
+                                   context.trimmed().toUtf8()})
         if (!part.isEmpty())
             line += ": " + part;
     line += '\n';
@@ -44,8 +44,8 @@ CErrorManager* ErrorManager() noexcept {
 void CErrorManager::registerErrors(const SErrorDefinition* table, int value) const noexcept {
     try {
         for (const SErrorDefinition* entry = table; entry && entry->errorCode != -1; ++entry)
-            service().texts[entry->errorCode] = entry->errorText;
-        if (const RegisterHandler handler = service().registerHandler; handler && table)
+            errorService().texts[entry->errorCode] = entry->errorText;
+        if (const RegisterHandler handler = errorService().registerHandler; handler && table)
             handler(table, value);
     } catch (...) { // promised to the caller
     }
@@ -53,7 +53,7 @@ void CErrorManager::registerErrors(const SErrorDefinition* table, int value) con
 
 void CErrorManager::signal(int code, const QString& text) const noexcept {
     try {
-        if (const SignalHandler handler = service().signalHandler) // a copy: it may be replaced while it runs
+        if (const SignalHandler handler = errorService().signalHandler) // a copy: it may be replaced while it runs
             handler(code, text);
         else
             writeLine(code, text);
@@ -62,11 +62,11 @@ void CErrorManager::signal(int code, const QString& text) const noexcept {
 }
 
 CErrorManager::SignalHandler CErrorManager::setSignalHandler(SignalHandler handler) {
-    return std::exchange(service().signalHandler, std::move(handler));
+    return std::exchange(errorService().signalHandler, std::move(handler));
 }
 
 CErrorManager::RegisterHandler CErrorManager::setRegisterHandler(RegisterHandler handler) {
-    return std::exchange(service().registerHandler, std::move(handler));
+    return std::exchange(errorService().registerHandler, std::move(handler));
 }
 
 } // namespace Travik
