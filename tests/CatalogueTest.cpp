@@ -1,5 +1,7 @@
 #include "Support.h"
 
+#include <cmath>
+#include <limits>
 #include <set>
 
 namespace CatalogueTest {
@@ -154,6 +156,28 @@ TEST(Catalogue, PhysicalValues) {
     bits.isSigned = true;
     EXPECT_EQ(fieldValue(bytes, bits), -1.0);
     EXPECT_EQ(fieldValue(bytes.substr(0, 2), bits), 0.0) << "beyond the image";
+    bits.stored = Stored::U8;
+    bits.width = 1;
+    bits.isSigned = false;
+    EXPECT_EQ(fieldValue(bytes, bits), 15.0) << "0xF5 >> 4";
+
+    // Numbers that no processor takes for one are none.
+    Field extended{.name = "extended", .stored = Stored::F80, .width = 10};
+    const auto value = [&](unsigned int top, unsigned int signAndExponent) {
+        return fieldValue(image({0, 0, 0, top, signAndExponent}), extended);
+    };
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(value(0x8000, 0x3FFF), 1.0);
+    EXPECT_EQ(value(0x8000, 0x7FFF), infinity);
+    EXPECT_EQ(value(0x8000, 0xFFFF), -infinity);
+    EXPECT_TRUE(std::isnan(value(0xC000, 0x7FFF)));
+    EXPECT_TRUE(std::isnan(value(0x4000, 0x3FFF))) << "without its integer bit";
+
+    Field pair{.name = "pair", .stored = Stored::U16, .width = 2, .rank = 1};
+    pair.dimensions[0] = {.name = "row", .extent = 2, .stride = 2, .count = "not there"};
+    for (const auto& [index, expected] : {std::pair{0U, 7.0}, {1U, 8.0}, {2U, 0.0}})
+        EXPECT_EQ(fieldValue(image({7, 8, 9}), pair, {&index, 1}), expected) << index;
+    EXPECT_EQ(usedEntries(image({7, 8, 9}), {&pair, 1}, pair.dimensions[0]), 2U) << "by a count that no field is: all";
 }
 
 // Hostile content, whole and cut at any length, through the dictionary's own prototypes.

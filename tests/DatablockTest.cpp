@@ -21,6 +21,17 @@ TEST(Datablock, FreshBlock) {
     EXPECT_EQ(textOf(block), "");
 }
 
+TEST(Datablock, WhereItLiesAndItsOrderAreOnlyKept) {
+    HwDatablock block(false);
+    EXPECT_TRUE(block.setEepromAddress(0xFFFFFFFF));
+    EXPECT_TRUE(block.setEepromSector(17));
+    EXPECT_TRUE(block.setDataFormatTyp(foreign));
+    EXPECT_EQ(block.getEepromAddress(), 0xFFFFFFFF);
+    EXPECT_EQ(block.getEepromSector(), 17U);
+    EXPECT_EQ(block.getDataFormatTyp(), foreign);
+    EXPECT_EQ(bytesOf(block), image({0, 8, 0, 0}));
+}
+
 TEST(Datablock, HeaderSettersRefreshTheChecksum) {
     HwDatablock block(false);
     block.setBlockId(0x1234);
@@ -67,6 +78,8 @@ TEST(Datablock, BuffersAreShared) {
     second.setDataFormatTyp(HwDataFormatFirmware);
     first.setChecksum(0x55AA);
     EXPECT_EQ(second.getChecksum(), 0x55AA);
+    EXPECT_FALSE(second.setData(first.getByteArrayData())) << "the sum does not hold";
+    EXPECT_EQ(second.getData(), first.getData());
     second.resizeData(3);
     EXPECT_EQ(first.getByteArrayData().size(), 3U);
     first.resizeData(10);
@@ -185,6 +198,40 @@ TEST(Datablock, WrongChecksumIsADebugLine) {
     EXPECT_FALSE(block.verifyChecksum());
     EXPECT_EQ(debug.lines.size(), 2U) << "above the clipping level";
     EXPECT_EQ(block.getClassName(QStringLiteral("class ")), QStringLiteral("class <no QObject class>"));
+}
+
+TEST(Datablock, DebugLinesGoByTheObjectsLevelAndByWhatWasRecorded) {
+    struct Chatty : HwObject {
+        int getDebugLevel() override { return HwProtocolLevelInfo; }
+    } chatty;
+    HwObject plain;
+    DebugOutput debug;
+    HwDebug::setDebugMask(-1);
+    for (const int clip : {HwObject::HwProtocolLevelDebug, HwObject::HwProtocolLevelTrace,
+                           HwObject::HwProtocolLevelInfo, HwObject::HwProtocolLevelWarning}) {
+        HwDebug::setDebugLevel(clip);
+        EXPECT_EQ(plain.chkdbg(HwObject::HwProtocolTypeSpi), clip >= HwObject::HwProtocolLevelDebug);
+        plain.dbgout(QStringLiteral("debug"));
+        EXPECT_EQ(chatty.chkdbg(HwObject::HwProtocolTypeJtag), clip >= HwObject::HwProtocolLevelInfo);
+        chatty.dbgout(QStringLiteral("info"));
+        chatty.dbgout(HwObject::HwProtocolLevelWarning, QStringLiteral("warning \u00B5 \u2126"));
+    }
+    const std::string warning = "2/2 warning \u00B5 ?";
+    EXPECT_THAT(debug.lines, testing::ElementsAre("4/5 debug", "2/3 info", warning, "2/3 info", warning, "2/3 info",
+                                                  warning, warning));
+}
+
+TEST(Datablock, DebugServiceIsGivenTheTexts) {
+    const auto handler = Debug::setLineHandler(nullptr); // lines go to standard error, with their texts ahead
+    HwDebug::init();
+    HwDebug::setDebugMask(-1);
+    HwDebug::setDebugLevel(HwObject::HwProtocolLevelDebug);
+    testing::internal::CaptureStderr();
+    HwDebug::println(HwObject::HwProtocolTypeEeprom, HwObject::HwProtocolLevelWarning, QStringLiteral("line"));
+    HwDebug::exit();
+    HwDebug::println(HwObject::HwProtocolTypeEeprom, HwObject::HwProtocolLevelWarning, QStringLiteral("none"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "          Eeprom,        Warning:     line\n");
+    Debug::setLineHandler(handler);
 }
 
 TEST(Datablock, ServiceLogAppends) {

@@ -92,6 +92,9 @@ TEST(Misuse, EmptyTextsAndVisitors) {
     EXPECT_TRUE(std::holds_alternative<std::monostate>(ElementValue(nullptr).variant()));
     HwDatablockIdent ident;
     EXPECT_NO_THROW(visitFields(bytesOf(ident), recordFields<HwSDatablockIdent>, Extent::Whole, {}));
+    const std::string damaged(8, '\1');
+    EXPECT_NO_THROW(ModuleImage(damaged).visitFindings({}));
+    EXPECT_NO_THROW(ModuleImage(damaged).visitProblems({}));
     HwDatablockToviVectorLevconTempData unnamed(nullptr, 0);
     EXPECT_EQ(textOf(unnamed), "ID:  \nCOUNT:  0*0\n\n");
 }

@@ -36,6 +36,13 @@ TEST(ModuleImage, BlocksAndClasses) {
         owned.push_back(makeBlock(block));
         blocks.push_back(owned.back().get());
     }
+    // What is found in the blocks and around them is all there is, as long as no identifier repeats.
+    std::vector<ImageFinding> parts = module.imageFindings();
+    for (const ImageBlock& block : module.blocks())
+        std::ranges::copy(module.findings(block), std::back_inserter(parts));
+    EXPECT_EQ(parts.size(), 2U) << "an unknown identifier, and bytes behind the end block";
+    EXPECT_THAT(parts, testing::UnorderedElementsAreArray(module.findings()));
+
     const std::vector<char> composed = composeImage(blocks);
     EXPECT_EQ(std::string(composed.begin(), composed.end()), bytes.substr(0, module.end()));
 }

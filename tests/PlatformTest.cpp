@@ -307,6 +307,9 @@ TEST(Platform, HandlersReplaceEachOtherAndMayThrow) {
     ErrorManager()->signal(1, "b");
     ErrorManager()->registerErrors(errors, 16);
     ErrorManager()->registerErrors(nullptr, 16);
+    CErrorManager::setRegisterHandler(
+        [](const CErrorManager::SErrorDefinition*, int) { throw std::runtime_error("handler"); });
+    ErrorManager()->registerErrors(errors, 16);
     Debug::debugMessageBox("box", "", true, 0, 0, 0, 0);
     EXPECT_EQ(calls, "   a.rbox");
     CErrorManager::setSignalHandler(std::move(oldSignal));

@@ -206,7 +206,8 @@ TEST(Records, ConversionToTheFirmwareOrder) {
 }
 
 TEST(Records, WhetherAConversionWalkStops) {
-    for (const auto& [id, stops] : {std::pair{10502, true},
+    for (const auto& [id, stops] : {std::pair{2, true},
+                                    {10502, true},
                                     {10503, true},
                                     {12000, true},
                                     {12001, false},
@@ -477,6 +478,11 @@ TEST(IdentityRecords, Mac) {
     unsigned int length = 0;
     EXPECT_EQ(block.getMac(&length)[15], 'L');
     EXPECT_EQ(length, 16U);
+    HwDatablockMbrdMac shortened;
+    shortened.resizeData(20);
+    const std::string cut = bytesOf(shortened);
+    shortened.setMac(bytes, 6);
+    EXPECT_EQ(bytesOf(shortened), cut) << "not a part of an address, nor its length";
 
     std::string record = randomRecord(256, 12004, 256, 3);
     setWord(record, 8, 2, 4);
@@ -508,6 +514,15 @@ TEST(IdentityRecords, TimeMonitoring) {
     block.setTimeMonitoringData(reinterpret_cast<const unsigned char*>(data.data()), 1);
     EXPECT_EQ(bytesOf(block).substr(44), "T" + std::string(127, '\xFF'));
     EXPECT_EQ(block.getChecksum(), 0);
+    unsigned int length = 0;
+    EXPECT_EQ(block.getTimeMonitoringData(&length), reinterpret_cast<const unsigned char*>(block.getData()) + 44);
+    EXPECT_EQ(block.getTimeMonitoringData(nullptr)[0], 'T');
+    EXPECT_EQ(length, 1U);
+    HwDatablockMbrdTimeMonitoringData shortened;
+    shortened.resizeData(100);
+    const std::string cut = bytesOf(shortened);
+    shortened.setTimeMonitoringData(reinterpret_cast<const unsigned char*>(data.data()), 200);
+    EXPECT_EQ(bytesOf(shortened), cut) << "not a part of the data, nor their length";
 
     std::string record = randomRecord(172, 12008, 172, 3);
     record[39] = '\0';

@@ -495,7 +495,12 @@ TEST(SecondEditionBuilder, Values) {
         {ETypeFloat, -0x1.ffffffp127, ""}, // half way to the next, which is none
         {ETypeFloat, infinity, "inf"},
         {ETypeFloat, 16777217, "1.67772e+07"},
+        {ETypeFloat, ~0ULL, "1.84467e+19"},
+        {ETypeFloat, "1", ""},
         {ETypeDouble, nan, "nan"},
+        {ETypeDouble, -7, "-7"},
+        {ETypeLongDouble, "1", ""},
+        {ETypeLongDouble, ~0ULL, "1.84467e+19"},
         {ETypeLongDouble, -infinity, "-inf"},
         {ETypeLongDouble, nan, "nan"},
         {ETypeLongDouble, -0.0L, "-0"},

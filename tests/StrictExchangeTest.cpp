@@ -199,6 +199,7 @@ TEST(StrictExchange, TablesAreFoundByTheirWholeName) {
     };
     EXPECT_EQ(read(dun).findings.at(0).text, "no line \"ID:\" with the key name RFBO_ATTREG_DATA");
     EXPECT_EQ(read("").findings.at(0).line, 0U);
+    EXPECT_EQ(read("ID: RFBO_ATTREG_DATA\n").findings.at(0).text, R"(no line "COUNT:" behind "ID:")");
     EXPECT_EQ(read("\xEF\xBB\xBF" + kel).findingCount, 0U);
     const std::string other = "ID: IDENT_2\nwhatever: it says\n";
     for (const std::string& text : {dun + kel, kel + dun, other + kel}) {
@@ -242,6 +243,22 @@ TEST(StrictExchange, AChangeThatRoundingHidesIsShownInFull) {
     ASSERT_EQ(reading.changes.size(), 1U);
     EXPECT_EQ(reading.changes[0].before, "12.3049");
     EXPECT_EQ(reading.changes[0].after, "12.3");
+
+    const ExchangeReading tiny = readExchangeStrictly("ID: BLOCK_DUN_RFBO_TEMP_COMP_FREQ\nCOUNT: 1 * 1\n1: 1e-09\n",
+                                                      Reals::exchange, spanOf(std::string(Reals::shape.size(), '\0')));
+    ASSERT_EQ(tiny.changes.size(), 1U);
+    EXPECT_EQ(tiny.changes[0].before + " " + tiny.changes[0].after, "0 1e-09");
+}
+
+TEST(StrictExchange, BehindTheCapacityStandsNothing) {
+    std::mt19937 random(4);
+    const std::string block = randomBlock(random, Reals::exchange, {Reals::shape.rows + 1, 1});
+    const std::string text = exported(Reals::exchange, block);
+    const std::string edited = text.substr(0, text.find("51:")) + "51: 7\n";
+    const ExchangeReading reading = readExchangeStrictly(edited, Reals::exchange, spanOf(block));
+    ASSERT_EQ(reading.findingCount, 1U);
+    EXPECT_EQ(reading.findings[0].word + ": " + reading.findings[0].text, "7: beyond the capacity of the block");
+    EXPECT_TRUE(std::ranges::equal(reading.image, block));
 }
 
 // Counts may change within the capacity; what falls behind them stays.

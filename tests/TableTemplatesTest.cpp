@@ -82,6 +82,7 @@ TEST(TableTemplates, IndexAndDescriptors) {
     EXPECT_EQ(textOf(extended), "ID:  EXT\n\nDESCRIPTOR1: 0123456789abcdef\nDESCRIPTOR2: k\xFCrzer\n\n\nCOUNT:  2*1\n"
                                 "1:  -32768.000\n2:  0.000\n\n");
     EXPECT_EQ(extended.getDescriptor(1), QStringLiteral("k\u00FCrzer"));
+    EXPECT_TRUE(extended.getDescriptor(2).isNull());
     EXPECT_TRUE(extended.verifyChecksum());
 }
 

@@ -1,6 +1,7 @@
 #include "Support.h"
 
 #include <cmath>
+#include <fstream>
 #include <iostream>
 #include <limits>
 
@@ -135,6 +136,11 @@ TYPED_TEST(TextExchangeOf, FindsWhatTheCatalogueKnows) {
     EXPECT_EQ(findExchangeFormat(text, formats), &TypeParam::exchange);
     std::istringstream none("ID: # " + std::string(TypeParam::table.key) + "\nID: IDENT_2\n");
     EXPECT_EQ(findExchangeFormat(none, formats), nullptr);
+    std::istringstream behind("a line\nCOUNT: 1*1\nID: " + std::string(TypeParam::table.key) + "\n");
+    EXPECT_EQ(findExchangeFormat(behind, formats), &TypeParam::exchange);
+    std::ifstream folder(TRAVIK_SAMPLES);
+    EXPECT_EQ(findExchangeFormat(folder, formats), nullptr);
+    EXPECT_TRUE(folder.bad());
 }
 
 TYPED_TEST(TextExchangeOf, DamagedCountsAreWrittenWithinBounds) {
@@ -229,6 +235,7 @@ TEST(TextExchange, ReadsAWordAsItsClassSays) {
                         {"0." + zeros + "1e401", 1},
                         {"1e-400", 0},
                         {"1e99999999999999999999", infinity},
+                        {"1e+99999999999999999999", infinity},
                         {"1e-99999999999999999999", 0},
                         {"0e99999999999999999999", 0},
                         {"1e9223372036854775807", infinity},

@@ -59,7 +59,8 @@ inline bool storeText(std::span<char> image, std::size_t offset, std::size_t len
     if (!inside(image.size(), offset, length))
         return false;
     const std::size_t used = std::min(length, text.substr(0, text.find('\0')).size());
-    std::memmove(image.data() + offset, text.data(), used);
+    // An empty text may be null, which memmove may not be given.
+    std::string_view::traits_type::move(image.data() + offset, text.data(), used);
     std::memset(image.data() + offset + used, 0, length - used);
     return true;
 }

@@ -80,10 +80,9 @@ void HwDebug::println(const QString& text) { println(getLastClass(), getLastLeve
 
 void HwDebug::srvExtFileOutput(const char* text) {
     QFile file(QStringLiteral("/tmp/SrvExt.log"));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
-        return;
     const QString time = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd; hh:mm"));
-    file.write(time.toLatin1() + " -- " + text + "\r\n");
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append))
+        file.write(time.toLatin1() + " -- " + text + "\r\n");
 }
 
 } // namespace Travik

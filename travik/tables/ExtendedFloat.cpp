@@ -125,9 +125,9 @@ ExtendedFloat ExtendedFloat::of(long double value) {
     const long double significand = std::nearbyint(std::ldexp(fraction, fractionBits + 1 + wanted - exponent));
     if (significand < 0x1p63L)
         return {static_cast<std::uint64_t>(significand), 0, negative};
-    if (significand >= 0x1p64L)
-        return {integerBit, static_cast<unsigned int>(exponent) + 1, negative};
-    return {static_cast<std::uint64_t>(significand), static_cast<unsigned int>(exponent), negative};
+    const bool carries = significand >= 0x1p64L;
+    return {carries ? integerBit : static_cast<std::uint64_t>(significand),
+            static_cast<unsigned int>(exponent) + (carries ? 1U : 0U), negative};
 }
 
 long double ExtendedFloat::value() const {
