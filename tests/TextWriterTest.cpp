@@ -56,7 +56,7 @@ TEST(TextWriter, FixedAgreesWithPrintf) {
         values.push_back(std::ldexp(static_cast<double>(random() >> 11U), -static_cast<int>(random() % 64)));
     }
     for (const double value : values) {
-        for (const unsigned int decimals : {0U, 1U, 2U, 3U, 5U, 6U, 10U, 15U})
+        for (const unsigned int decimals : {0U, 1U, 2U, 3U, 5U, 7U, 10U, 15U})
             ASSERT_EQ(fixedText(value, decimals), printfText(value, decimals)) << std::hexfloat << value;
     }
 }
@@ -84,6 +84,41 @@ TEST(TextWriter, GeneralIsAFreshStreamsFormat) {
         fresh << value;
         ASSERT_EQ(os.str(), fresh.str());
     }
+}
+
+TEST(TextWriter, CurrentIsTheStreamsFormat) {
+    struct Grouped : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    using Base = std::ios_base;
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    std::vector<double> values{0.0,  -0.0,   1.0,      1e-5,      123456, 999999.5, 0.0005,
+                               1e22, -1e308, infinity, -infinity, nan,    -nan};
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 30; ++i) {
+        values.push_back(std::bit_cast<double>(random()));
+        values.push_back(static_cast<double>(static_cast<int>(random())) * 0.001);
+    }
+    for (const std::locale& locale : {std::locale::classic(), std::locale(std::locale::classic(), new Grouped)})
+        for (const Base::fmtflags notation : {Base::fmtflags{}, Base::fixed, Base::scientific, Base::floatfield})
+            for (const Base::fmtflags flag : {Base::fmtflags{}, Base::showpoint, Base::showpos, Base::uppercase})
+                for (const std::streamsize precision : {-1, 0, 1, 3, 6, 17, 64, 65}) {
+                    std::ostringstream written;
+                    std::ostringstream streamed;
+                    for (std::ostringstream* const os : {&written, &streamed}) {
+                        os->imbue(locale);
+                        os->setf(notation | flag);
+                        os->precision(precision);
+                    }
+                    TextWriter out(written);
+                    for (const double value : values) {
+                        out.current(value).endLine();
+                        streamed << value << '\n';
+                    }
+                    ASSERT_EQ(written.str(), streamed.str()) << notation << ' ' << flag << ' ' << precision;
+                }
 }
 
 TEST(TextWriter, LeavesTheStreamsStateOutOfIt) {

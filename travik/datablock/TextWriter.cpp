@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <locale>
+#include <optional>
 #include <ostream>
 
 namespace Travik {
@@ -42,6 +43,17 @@ char* appendFraction(char* out, std::uint64_t value, unsigned int digits) {
     return appendDigits(out, eightDigits(value), digits);
 }
 
+// A number below 10^8 with its last 1 to 7 digits behind the point: both parts are shifted out of one word of digits.
+char* appendScaled(char* out, std::uint64_t value, unsigned int decimals) {
+    const std::uint64_t digits = eightDigits(value);
+    // At least one digit stands ahead of the point.
+    const auto leadingZeros =
+        static_cast<unsigned int>(std::countr_zero(digits | (std::uint64_t{1} << (8U * (7U - decimals))))) / 8U;
+    out = appendDigits(out, digits, 8 - leadingZeros) - decimals;
+    *out++ = '.';
+    return appendDigits(out, digits, decimals);
+}
+
 // The general case costs several times as much as it does where the rounded digits can be told by plain arithmetic: the
 // value is whole, or its scaled fraction is further from a half than the one rounding of the product can have moved it.
 // Returns null where it cannot be told.
@@ -49,28 +61,59 @@ char* appendQuickly(char* out, double magnitude, unsigned int decimals) {
     constexpr double wholeLimit = 9.0e18;  // below 2^63
     constexpr double scaledLimit = 8.0e12; // below 2^43: the product is off by 2^-11 at most
     constexpr double margin = 0x1p-10;
+    // Signed, which the processor converts in one step.
+    const auto truncated = [](double value) { return static_cast<std::uint64_t>(static_cast<std::int64_t>(value)); };
     if (decimals >= powersOfTen.size() || !(magnitude < wholeLimit))
         return nullptr;
-    const auto whole = static_cast<std::uint64_t>(magnitude);
+    const std::uint64_t whole = truncated(magnitude);
     std::uint64_t fraction = 0;
     std::uint64_t integer = whole;
     if (static_cast<double>(whole) != magnitude) {
         const double scaled = magnitude * powersOfTen[decimals];
         if (!(scaled < scaledLimit))
             return nullptr;
-        auto digits = static_cast<std::uint64_t>(scaled);
+        std::uint64_t digits = truncated(scaled);
         const double rest = scaled - static_cast<double>(digits);
         if (std::abs(rest - 0.5) < margin)
             return nullptr;
         digits += rest > 0.5;
-        integer = digits / integerPowersOfTen[decimals];
-        fraction = digits % integerPowersOfTen[decimals];
+        if (digits < hundredMillion && decimals > 0 && decimals < 8)
+            return appendScaled(out, digits, decimals);
+        // Rounding is monotonic: the product lies between those of the whole numbers around it, which are exact.
+        fraction = digits - whole * integerPowersOfTen[decimals];
+        if (fraction == integerPowersOfTen[decimals]) {
+            ++integer;
+            fraction = 0;
+        }
     }
     out = appendDecimal(out, integer);
     if (decimals == 0)
         return out;
+    if (fraction == 0 && decimals < 8) {
+        std::memcpy(out, ".0000000", 8); // NOLINT(bugprone-not-null-terminated-result): part of a line, not a string
+        return out + 1 + decimals;
+    }
     *out++ = '.';
     return appendFraction(out, fraction, decimals);
+}
+
+// The format of `std::to_chars` that the stream shows floating numbers in; none where it shows them otherwise.
+std::optional<std::chars_format> plainFormat(const std::ios_base& stream) {
+    using Base = std::ios_base;
+    constexpr std::streamsize mostDigits = 64;
+    if (stream.precision() < 0 || stream.precision() > mostDigits || stream.getloc() != std::locale::classic())
+        return std::nullopt;
+    // Of a format that has decimals the point is shown anyway.
+    const Base::fmtflags point = stream.precision() > 0 ? Base::showpoint : Base::fmtflags{};
+    const Base::fmtflags format =
+        stream.flags() & (Base::floatfield | Base::showpoint | Base::showpos | Base::uppercase);
+    if (format == Base::fmtflags{})
+        return std::chars_format::general;
+    if (format == Base::fixed || format == (Base::fixed | point))
+        return std::chars_format::fixed;
+    if (format == Base::scientific || format == (Base::scientific | point))
+        return std::chars_format::scientific;
+    return std::nullopt;
 }
 
 } // namespace
@@ -169,7 +212,7 @@ TextWriter& TextWriter::general(double value) {
 }
 
 // As the stream's own `<<` prints it, but for the stream's guard: with unitbuf set, that flushes where it may not
-// throw.
+// throw. The general case: it costs several times what `std::to_chars` does.
 template <class Number>
 TextWriter& TextWriter::inCurrentFormat(Number value) {
     write(false);
@@ -181,7 +224,18 @@ TextWriter& TextWriter::inCurrentFormat(Number value) {
     return *this;
 }
 
-TextWriter& TextWriter::current(double value) { return inCurrentFormat(value); }
+TextWriter& TextWriter::current(double value) {
+    const std::optional<std::chars_format> format = plainFormat(os_);
+    if (!format)
+        return inCurrentFormat(value);
+    const auto precision = static_cast<unsigned int>(os_.precision());
+    if (format == std::chars_format::fixed)
+        return fixed(value, precision);
+    const std::size_t longest = detail::fixedRoom + precision;
+    char* const begin = room(longest);
+    commit(std::to_chars(begin, begin + longest, value, *format, static_cast<int>(precision)).ptr);
+    return *this;
+}
 
 TextWriter& TextWriter::current(long double value) { return inCurrentFormat(value); }
 

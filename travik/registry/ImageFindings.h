@@ -61,6 +61,7 @@ public:
     constexpr void add(Finding finding) { bits_ |= bit(finding); }
     constexpr void remove(Finding finding) { bits_ &= ~bit(finding); }
     constexpr bool has(Finding finding) const { return (bits_ & bit(finding)) != 0; }
+    constexpr bool hasAnyOf(FindingSet others) const { return (bits_ & others.bits_) != 0; }
     constexpr bool empty() const { return bits_ == 0; }
 
 private:

@@ -33,12 +33,11 @@ TableBlock::TableBlock(const TableShape& shape, const char* keyName, unsigned in
                        double scaleFactor, unsigned int maxRows, unsigned int maxColumns, bool stopConversionOnError)
     : HwDatablock(static_cast<unsigned short>(idBase + idOffset), static_cast<unsigned short>(shape.size()),
                   stopConversionOnError),
-      idOffset_(idOffset), idBase_(idBase), keyName_(keyName ? keyName : ""), scaleFactor_(scaleFactor),
-      maxRows_(std::min(maxRows, shape.rows)), maxColumns_(std::min(maxColumns, shape.columns)),
-      descriptorCount_(shape.descriptors), shape_(&shape) {}
+      keyName_(keyName ? keyName : ""), scaleFactor_(scaleFactor), maxRows_(std::min(maxRows, shape.rows)),
+      maxColumns_(std::min(maxColumns, shape.columns)), descriptorCount_(shape.descriptors), shape_(&shape) {}
 
 TableBlock::TableBlock(const TableShape& shape, const HwDatablock& block)
-    : HwDatablock(block), idOffset_(0), idBase_(0), scaleFactor_(1.0), maxRows_(shape.rows), maxColumns_(shape.columns),
+    : HwDatablock(block), scaleFactor_(1.0), maxRows_(shape.rows), maxColumns_(shape.columns),
       descriptorCount_(shape.descriptors), shape_(&shape) {}
 
 unsigned int TableBlock::getNumberOfRows() const {

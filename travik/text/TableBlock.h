@@ -152,8 +152,6 @@ private:
     /// Shares the block's image.
     TableBlock(const TableShape& shape, const HwDatablock& block);
 
-    unsigned int idOffset_;
-    unsigned int idBase_;
     std::string keyName_;
     double scaleFactor_;
     unsigned int maxRows_;
