@@ -98,7 +98,8 @@ void replaceBuffer(Surroundings& with) {
     switch (with.input.byte() % 4) {
     case 0: {
         const auto bytes = with.input.take(with.input.word());
-        with.block.setData(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()));
+        with.block.setData(reinterpret_cast<const unsigned char*>(bytes.data()),
+                           static_cast<unsigned int>(bytes.size()));
         break;
     }
     case 1:
@@ -127,7 +128,8 @@ void convert(Surroundings& with, Budget& budget) {
     } else if (kind == 1) {
         block.verifyChecksum();
     } else if (interpreter().swapHwDatablock(Travik::HwDataFormatFirmware, id, &block)) {
-        require(block.getDataFormatTyp() == Travik::HwDataFormatFirmware, "a block that was converted is not labelled so");
+        require(block.getDataFormatTyp() == Travik::HwDataFormatFirmware,
+                "a block that was converted is not labelled so");
         const ImageBefore once(block);
         interpreter().swapHwDatablock(Travik::HwDataFormatForeign, block.getId(), &block);
         interpreter().swapHwDatablock(Travik::HwDataFormatFirmware, block.getId(), &block);

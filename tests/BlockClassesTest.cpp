@@ -29,8 +29,10 @@ TEST(BlockClasses, AreAllInTheTable) {
     for (const CatalogueEntry& entry : catalogue())
         EXPECT_NE(classOf(*entry.create(entry, entry.first)), nullptr) << entry.className;
     for (const BlockClass& each : blockClasses()) {
-        EXPECT_TRUE(std::ranges::any_of(subjects(), [&](const Subject& subject) { return each.isBaseOf(*subject.make()); }))
-            << each.name << " is a class of a header that no block is of: register it, or let it be made without arguments";
+        EXPECT_TRUE(
+            std::ranges::any_of(subjects(), [&](const Subject& subject) { return each.isBaseOf(*subject.make()); }))
+            << each.name
+            << " is a class of a header that no block is of: register it, or let it be made without arguments";
     }
 }
 
@@ -62,14 +64,16 @@ TEST(BlockClasses, RulesAreInUse) {
     for (const Rule& rule : rules) {
         const bool isUsed = std::ranges::any_of(blockClasses(), [&](const BlockClass& each) {
             return (rule.className.empty() || rule.className == each.name) &&
-                   std::ranges::any_of(each.couples, [&](const Couple& couple) { return couple.setter == rule.setter; });
+                   std::ranges::any_of(each.couples,
+                                       [&](const Couple& couple) { return couple.setter == rule.setter; });
         });
         EXPECT_TRUE(isUsed) << rule.className << ' ' << rule.setter;
         EXPECT_FALSE(rule.why.empty()) << rule.className << ' ' << rule.setter;
     }
 }
 
-// Every setter of a new block stores something at its first element: a setter that did nothing would keep to every rule.
+// Every setter of a new block stores something at its first element: a setter that did nothing would keep to every
+// rule.
 TEST(BlockClasses, SettersStore) {
     for (const Subject& subject : subjects()) {
         for (const Couple& couple : subject.blockClass->couples) {

@@ -19,9 +19,11 @@ using Travik::HwDatablock;
 /// An operation by its name alone, of whatever class. `isMember` is true for one that cannot be reached as well.
 #define TRAVIK_OPERATION(NAME)                                                                                         \
     struct Operation_##NAME {                                                                                          \
-        [[maybe_unused]] static constexpr const char* name = #NAME;                                                                  \
+        [[maybe_unused]] static constexpr const char* name = #NAME;                                                    \
         template <class Block>                                                                                         \
-        [[maybe_unused]] static constexpr bool isReached = requires { &Block::NAME; };                                                  \
+        [[maybe_unused]] static constexpr bool isReached = requires {                                                  \
+            &Block::NAME;                                                                                              \
+        };                                                                                                             \
         template <class Block>                                                                                         \
         static constexpr auto of() {                                                                                   \
             return &Block::NAME;                                                                                       \
@@ -32,7 +34,9 @@ using Travik::HwDatablock;
         template <class Block>                                                                                         \
         struct Both : Block, Namesake {};                                                                              \
         template <class Block>                                                                                         \
-        [[maybe_unused]] static constexpr bool isMember = !requires { &Both<Block>::NAME; };                                            \
+        [[maybe_unused]] static constexpr bool isMember = !requires {                                                  \
+            &Both<Block>::NAME;                                                                                        \
+        };                                                                                                             \
     };
 
 template <class... Operation>
@@ -145,7 +149,8 @@ void callWith(HwDatablock& block, Arguments& arguments, std::index_sequence<I...
 /// A length behind bytes is of no more than there are.
 template <class... A>
 void fitLength(std::tuple<A...>& arguments, const Surroundings& with) {
-    if constexpr (std::is_same_v<std::tuple<A...>, std::tuple<Argument<const unsigned char*>, Argument<unsigned int>>>) {
+    if constexpr (std::is_same_v<std::tuple<A...>,
+                                 std::tuple<Argument<const unsigned char*>, Argument<unsigned int>>>) {
         auto& length = std::get<1>(arguments).value;
         if (with.length < Argument<const unsigned char*>::longest)
             length = std::min(length, static_cast<unsigned int>(with.length));
@@ -294,7 +299,8 @@ private:
 template <class Parameter>
 inline constexpr bool isValue = std::is_arithmetic_v<Parameter> || std::is_enum_v<Parameter> ||
                                 std::is_same_v<Parameter, const QString&> ||
-                                (std::is_reference_v<Parameter> && std::is_trivially_copyable_v<std::remove_cvref_t<Parameter>>);
+                                (std::is_reference_v<Parameter> &&
+                                 std::is_trivially_copyable_v<std::remove_cvref_t<Parameter>>);
 
 template <class Parameters>
 inline constexpr bool takesIndices = false;
@@ -327,7 +333,8 @@ void addAccessor(BlockClass& table) {
         if constexpr (std::is_function_v<std::remove_pointer_t<decltype(operation)>> ||
                       std::is_member_function_pointer_v<decltype(operation)>) {
             const std::string_view name = Operation::name;
-            const bool changes = !Signature<decltype(operation)>::isConst && !name.starts_with("get") && !name.starts_with("print");
+            const bool changes =
+                !Signature<decltype(operation)>::isConst && !name.starts_with("get") && !name.starts_with("print");
             table.accessors.push_back({Operation::name, changes, call<operation>});
         }
     } else {
@@ -378,12 +385,13 @@ void takeOver(Surroundings& with) {
 template <class Block>
 void addTakeOver(BlockClass& table) {
     if constexpr (requires { &Block::setBlock; }) {
-        []<class C, class R, class Record>(R (C::*/*operation*/)(const Record*), BlockClass& to) {
+        []<class C, class R, class Record>(R (C::* /*operation*/)(const Record*), BlockClass& to) {
             to.recordSize = sizeof(Record);
             to.takeOver = takeOver<Block, Record>;
         }(&Block::setBlock, table);
     } else {
-        static_assert(!requires(Block & block) { block.setBlock(nullptr); }, "several of the name setBlock");
+        static_assert(
+            !requires(Block & block) { block.setBlock(nullptr); }, "several of the name setBlock");
     }
 }
 
@@ -393,14 +401,15 @@ void addTakeOver(BlockClass& table) {
 template <class Block, class Operations, class Couples>
 bool addClass(const char* name) {
     if constexpr (std::derived_from<Block, HwDatablock> && !std::is_abstract_v<Block>) {
-        BlockClass table{.name = name,
-                         .type = typeid(Block),
-                         .recordSize = 0,
-                         .isBaseOf = [](const HwDatablock& block) { return dynamic_cast<const Block*>(&block) != nullptr; },
-                         .make = nullptr,
-                         .takeOver = nullptr,
-                         .accessors = {},
-                         .couples = {}};
+        BlockClass table{
+            .name = name,
+            .type = typeid(Block),
+            .recordSize = 0,
+            .isBaseOf = [](const HwDatablock& block) { return dynamic_cast<const Block*>(&block) != nullptr; },
+            .make = nullptr,
+            .takeOver = nullptr,
+            .accessors = {},
+            .couples = {}};
         if constexpr (std::is_default_constructible_v<Block>)
             table.make = []() -> std::unique_ptr<HwDatablock> { return std::make_unique<Block>(); };
         else if constexpr (std::is_constructible_v<Block, bool>)

@@ -11,17 +11,24 @@ namespace Fuzz {
 /// Operations that are not reached through the table.
 inline constexpr std::string_view reachedOtherwise[] = {
     // Several of the same name: ClassesFuzz.cpp calls those that read or replace the buffer.
-    "computeChecksum", "computeChecksum32", "setData", "verifyChecksum", "verifyChecksum32",
+    "computeChecksum",
+    "computeChecksum32",
+    "setData",
+    "verifyChecksum",
+    "verifyChecksum32",
     // A size of 4 GB would be allocated: ClassesFuzz.cpp calls it with what an image can have.
     "resizeData",
     // With rules of their own, in Accessors.h.
     "setBlock",
     // The debug layer's, which no block adds to; several of the same name.
-    "chkdbg", "dbgout",
+    "chkdbg",
+    "dbgout",
     // Do nothing on a host of the firmware's byte order; several of the same name.
-    "SwapIntel2Ppc", "SwapCharString",
+    "SwapIntel2Ppc",
+    "SwapCharString",
     // Texts: ExchangeFuzz.cpp.
-    "conv2ascii", "searchascii",
+    "conv2ascii",
+    "searchascii",
 };
 
 /// Operations that some instances of a template have, and others have not.
@@ -50,8 +57,8 @@ struct Rule {
     std::string_view className; ///< empty: any
     std::string_view setter;
     Return gives = Return::Same;
-    bool seals = true;      ///< the checksum holds afterwards
-    bool swapped = false;   ///< the getter takes its indices in the other order
+    bool seals = true;    ///< the checksum holds afterwards
+    bool swapped = false; ///< the getter takes its indices in the other order
     std::string_view why = {};
 };
 
