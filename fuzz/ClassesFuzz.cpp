@@ -76,7 +76,7 @@ void sum(Surroundings& with) {
         break;
     case 1:
         block.setChecksum(block.computeChecksum());
-        if (block.getBlockSize() != 0)
+        if (block.getBlockSize() >= 6)
             require(block.verifyChecksum(), "a computed checksum does not hold");
         break;
     case 2:
@@ -143,7 +143,10 @@ void operate(const BlockClass& blockClass, Surroundings& with, Budget& budget) {
     if (kind < 6 && !blockClass.couples.empty()) {
         const Couple& couple = blockClass.couples[with.input.byte() % blockClass.couples.size()];
         doing.operation = couple.setter;
-        couple.check(with, couple.rule);
+        // Of a size word below 6, the checksum is not among the words that are summed.
+        Rule rule = couple.rule;
+        rule.seals = rule.seals && with.block.getBlockSize() >= 6;
+        couple.check(with, rule);
     } else if (kind < 10) {
         callAccessor(blockClass.accessors[with.input.byte() % blockClass.accessors.size()], with, budget);
     } else if (kind < 12 && blockClass.takeOver) {

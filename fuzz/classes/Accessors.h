@@ -317,8 +317,7 @@ void addCouple(BlockClass& table) {
         [&]<class Value, class... Index>(std::tuple<Value, Index...>* /*type*/) {
             if constexpr (isValue<Value> && takesIndices<std::tuple<Index...>> && takesIndices<GetParameters> &&
                           sizeof...(Index) == std::tuple_size_v<GetParameters>) {
-                table.couples.push_back({SetOperation::name, GetOperation::name, ruleOf(table.name, SetOperation::name),
-                                         CoupleCheck<set, get, Value, Index...>::check});
+                table.couples.push_back({SetOperation::name, GetOperation::name, {}, CoupleCheck<set, get, Value, Index...>::check});
             }
         }(static_cast<typename Signature<decltype(set)>::Parameters*>(nullptr));
     }

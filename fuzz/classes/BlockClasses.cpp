@@ -22,7 +22,7 @@ void inherit(std::vector<Entry>& own, const std::vector<Entry>& inherited, const
     }
 }
 
-void inheritFromBase() {
+void complete() {
     const BlockClass* const base = classOf(Travik::HwDatablock(false));
     for (BlockClass& each : blockClasses()) {
         if (&each == base)
@@ -30,10 +30,14 @@ void inheritFromBase() {
         inherit(each.accessors, base->accessors, &Accessor::name);
         inherit(each.couples, base->couples, &Couple::setter);
     }
+    for (BlockClass& each : blockClasses()) {
+        for (Couple& couple : each.couples)
+            couple.rule = ruleOf(each.name, couple.setter);
+    }
 }
 
 std::vector<Subject> allSubjects() {
-    inheritFromBase();
+    complete();
     std::vector<Subject> all;
     for (const Travik::CatalogueEntry& entry : Travik::catalogue()) {
         for (int id = entry.first; id <= entry.last; ++id)

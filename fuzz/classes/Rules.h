@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 
 /// Where a class keeps to another rule than the rest, and why. Whatever is not named here keeps to the strict ones:
@@ -62,22 +63,14 @@ struct Rule {
     std::string_view why = {};
 };
 
-inline constexpr Rule rules[] = {
-    {.setter = "setValue", .gives = Return::Scaled, .why = "stored in units of the table's scale"},
-    {.setter = "setChecksum", .seals = false, .why = "stores the sum itself"},
-};
+/// The rules that differ, and that of a setter: where the class is named, its own.
+std::span<const Rule> rules();
+Rule ruleOf(std::string_view className, std::string_view setter);
 
-/// Setters that no getter answers in the same terms, by class; in the order of the alphabet.
-inline constexpr const char* settersWithoutGetter[] = {""};
+/// Setters that no getter answers in the same terms: class and setter, in the order of the alphabet.
+std::span<const char* const> settersWithoutGetter();
 
 /// Setters of what a block knows beside its image.
 inline constexpr std::string_view storesNoImage[] = {"setDataFormatTyp", "setEepromAddress", "setEepromSector"};
-
-constexpr Rule ruleOf(std::string_view className, std::string_view setter) {
-    const auto rule = std::ranges::find_if(rules, [&](const Rule& each) {
-        return each.setter == setter && (each.className.empty() || each.className == className);
-    });
-    return rule == std::end(rules) ? Rule{.className = className, .setter = setter} : *rule;
-}
 
 } // namespace Fuzz

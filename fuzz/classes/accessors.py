@@ -20,7 +20,11 @@ BASES = {"datablock/HwDatablock.h", "datablock/HwObject.h"}
 OTHER_GETTERS = {
     "setBlockId": ["getId"],
     "setCount": ["getNumberOfPmax", "getNumberOfFrequency"],
-    "setCalibDatablock": ["getCalibDataBlock"],
+    "setCalibDatablock": ["getCalibDataBlock", "getAduCalibDataBlock"],
+    "setEndBlockID": ["getId"],
+    "setNumberOfcompAmp": ["getNumberOfCompAmp"],
+    "setNumberOfcompAmpRear": ["getNumberOfCompAmpRear"],
+    "setNumberOfcompFreq": ["getNumberOfCompFreq"],
 }
 NO_NAME = {"static_assert", "decltype", "requires", "explicit", "alignas", "noexcept", "sizeof", "if", "for", "return", "void", "bool"}
 
