@@ -143,10 +143,7 @@ void operate(const BlockClass& blockClass, Surroundings& with, Budget& budget) {
     if (kind < 6 && !blockClass.couples.empty()) {
         const Couple& couple = blockClass.couples[with.input.byte() % blockClass.couples.size()];
         doing.operation = couple.setter;
-        // Of a size word below 6, the checksum is not among the words that are summed.
-        Rule rule = couple.rule;
-        rule.seals = rule.seals && with.block.getBlockSize() >= 6;
-        couple.check(with, rule);
+        couple.check(with, couple.rule);
     } else if (kind < 10) {
         callAccessor(blockClass.accessors[with.input.byte() % blockClass.accessors.size()], with, budget);
     } else if (kind < 12 && blockClass.takeOver) {

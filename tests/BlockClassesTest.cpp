@@ -92,7 +92,8 @@ TEST(BlockClasses, SettersStore) {
                 check(*block, couple, std::string(start) + std::string(100, '\0'));
                 stores = stores || Support::bytesOf(*block) != before;
             }
-            EXPECT_TRUE(stores || subject.id == 0xFFFF || std::ranges::count(storesNoImage, std::string_view(couple.setter)) > 0)
+            EXPECT_TRUE(stores || subject.id == 0xFFFF ||
+                        std::ranges::count(storesNoImage, std::string_view(couple.setter)) > 0)
                 << named(subject) << ' ' << couple.setter;
         }
     }

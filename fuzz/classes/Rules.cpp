@@ -12,7 +12,11 @@ constexpr std::string_view negated = "given back negated";
 constexpr Rule allRules[] = {
     {.setter = "setValue", .gives = Return::Scaled, .why = "stored in units of the table's scale"},
     {.setter = "setChecksum", .seals = false, .why = "stores the sum itself"},
-    {.setter = "setBlockSize", .seals = false, .why = "of fewer than 6 bytes, the checksum is not among the summed"},
+    {.setter = "setBlockSize",
+     .gives = Return::NotChecked,
+     .seals = false,
+     .why =
+         "4 is given back where the identifier is an end block's; of fewer than 6 bytes, the checksum is not summed"},
     {.setter = "setBlockId", .seals = false, .why = "an end block's image of 4 bytes has no checksum"},
     {.className = "HwDatablockEnd",
      .setter = "setBlockSize",
@@ -30,11 +34,26 @@ constexpr Rule allRules[] = {
     {.className = "HwDatablockIqOp6PmaxBz", .setter = "setPmaxBz", .gives = Return::Lossy, .why = lowByte},
     {.setter = "setLevAtt_20", .gives = Return::Lossy, .why = lowByte},
     {.setter = "setLevAtt_40", .gives = Return::Lossy, .why = lowByte},
-    {.className = "HwDatablockIqOp6CalibDataFreq", .setter = "setFrequencyValue", .gives = Return::NotChecked, .why = inHertz},
-    {.className = "HwDatablockMbrdExtLevCalDataFreq", .setter = "setFrequencyValue", .gives = Return::NotChecked, .why = inHertz},
-    {.className = "HwDatablockMbrdExtLevCalDataFreq_Enh", .setter = "setFrequencyValue", .gives = Return::NotChecked, .why = inHertz},
-    {.className = "HwDatablockMbrdExtLevCalDataFreq2Edition", .setter = "setFrequencyValue", .gives = Return::NotChecked, .why = inHertz},
-    {.className = "HwDatablockMbrdExtLevCalDataFreq2Edition_Enh", .setter = "setFrequencyValue", .gives = Return::NotChecked, .why = inHertz},
+    {.className = "HwDatablockIqOp6CalibDataFreq",
+     .setter = "setFrequencyValue",
+     .gives = Return::NotChecked,
+     .why = inHertz},
+    {.className = "HwDatablockMbrdExtLevCalDataFreq",
+     .setter = "setFrequencyValue",
+     .gives = Return::NotChecked,
+     .why = inHertz},
+    {.className = "HwDatablockMbrdExtLevCalDataFreq_Enh",
+     .setter = "setFrequencyValue",
+     .gives = Return::NotChecked,
+     .why = inHertz},
+    {.className = "HwDatablockMbrdExtLevCalDataFreq2Edition",
+     .setter = "setFrequencyValue",
+     .gives = Return::NotChecked,
+     .why = inHertz},
+    {.className = "HwDatablockMbrdExtLevCalDataFreq2Edition_Enh",
+     .setter = "setFrequencyValue",
+     .gives = Return::NotChecked,
+     .why = inHertz},
     {.setter = "setIqImbalancePh", .gives = Return::NotChecked, .why = negated},
     {.setter = "setIqImbalanceSwapPh", .gives = Return::NotChecked, .why = negated},
     {.setter = "setIqImbalanceRearPh", .gives = Return::NotChecked, .why = negated},
@@ -69,7 +88,9 @@ constexpr const char* alone[] = {
 std::span<const Rule> rules() { return allRules; }
 
 Rule ruleOf(std::string_view className, std::string_view setter) {
-    const auto is = [&](const Rule& rule, std::string_view name) { return rule.setter == setter && rule.className == name; };
+    const auto is = [&](const Rule& rule, std::string_view name) {
+        return rule.setter == setter && rule.className == name;
+    };
     for (const std::string_view name : {className, std::string_view()}) {
         for (const Rule& rule : allRules) {
             if (is(rule, name))
