@@ -188,7 +188,8 @@ private:
     const Got& after_;
     std::size_t extent_;
 
-    /// Within a step of the scale and one of whole numbers. What cannot be held lies at an end of the range.
+    /// Within a step of the scale and one of whole numbers. What cannot be held lies at an end of the range: an
+    /// infinity, where the type has one.
     void holdScaled() const {
         const auto* const table = dynamic_cast<Travik::TableBlock*>(&block_);
         require(table, "a scale without a table");
@@ -196,7 +197,9 @@ private:
             const auto given = static_cast<double>(value_);
             const auto got = static_cast<double>(after_);
             const double step = std::abs(table->getScaleFactor()) + 1.0 + std::abs(given) * 1e-6;
-            require(!std::isfinite(given) || std::abs(given - got) <= step || std::abs(got) < std::abs(given),
+            const bool isBeyond = std::isinf(got) && std::abs(given) > std::numeric_limits<float>::max();
+            require(!std::isfinite(given) || std::abs(given - got) <= step || std::abs(got) < std::abs(given) ||
+                        isBeyond,
                     "a value far from the one that was stored is given back");
         }
     }
