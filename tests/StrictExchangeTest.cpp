@@ -247,7 +247,7 @@ TEST(StrictExchange, AChangeThatRoundingHidesIsShownInFull) {
     const ExchangeReading tiny = readExchangeStrictly("ID: BLOCK_DUN_RFBO_TEMP_COMP_FREQ\nCOUNT: 1 * 1\n1: 1e-09\n",
                                                       Reals::exchange, spanOf(std::string(Reals::shape.size(), '\0')));
     ASSERT_EQ(tiny.changes.size(), 1U);
-    EXPECT_EQ(tiny.changes[0].before + " " + tiny.changes[0].after, "0 1e-09");
+    EXPECT_EQ(tiny.changes[0].before + " " + tiny.changes[0].after, "0.0000000000 0.0000000010");
 }
 
 TEST(StrictExchange, BehindTheCapacityStandsNothing) {
