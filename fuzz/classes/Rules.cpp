@@ -68,6 +68,7 @@ constexpr const char* alone[] = {
     "HwDatablockDetLimiterMaxVoltFreq setFrequencyValue",
     "HwDatablockEnd setEndBlock",
     "HwDatablockEnd setEndBlockData",
+    "HwDatablockEnd setEndBlockID",
     "HwDatablockMbrdMac setMac",
     "HwDatablockMbrdTimeMonitoringData setDate",
     "HwDatablockMbrdTimeMonitoringData setTimeMonitoringData",

@@ -164,14 +164,16 @@ def write(travik, header):
     names = sorted(found)
     lines = [f"// Made of travik/{header} by accessors.py."]
     lines += [f"#include <travik/{each}>" for each in own]
-    lines += ["", '#include "Accessors.h"', "", "namespace {", "", "using namespace Travik;", "using namespace Fuzz;", ""]
+    # The file's own, as several are compiled in one piece.
+    space = Path(header).stem + "Classes"
+    lines += ["", '#include "Accessors.h"', "", f"namespace {space} {{", "", "using namespace Travik;", "using namespace Fuzz;", ""]
     lines += [f"TRAVIK_OPERATION({name})" for name in names]
     lines += ["", f"using Operations = OperationList<{', '.join('Operation_' + name for name in names)}>;"]
     couples = ", ".join(f"CoupleOf<Operation_{a}, Operation_{b}>" for a, b in pairs(names))
     lines += [f"using Couples = CoupleList<{couples}>;", ""]
     for number, name in enumerate(classes):
         lines.append(f'const bool added{number} = addClass<{name}, Operations, Couples>("{name}");')
-    lines += ["", "} // namespace", ""]
+    lines += ["", f"}} // namespace {space}", ""]
     return "\n".join(lines)
 
 
