@@ -70,7 +70,8 @@ TEST(BlockClasses, SettersHaveGetters) {
 
 TEST(BlockClasses, RulesAreInUse) {
     for (const Rule& rule : rules()) {
-        const bool isUsed = std::ranges::any_of(blockClasses(), [&](const BlockClass& each) {
+        const bool isUsed = std::ranges::any_of(subjects(), [&](const Subject& subject) {
+            const BlockClass& each = *subject.blockClass;
             return (rule.className.empty() || rule.className == each.name) &&
                    std::ranges::any_of(each.couples,
                                        [&](const Couple& couple) { return couple.setter == rule.setter; });

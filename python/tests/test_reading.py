@@ -81,7 +81,7 @@ def test_every_value_is_that_of_the_tool() -> None:
                 ragged += is_ragged
                 assert not differs(plain(value), expected(block, name, nested), is_ragged), f"{where} {name}"
                 compared += 1
-    assert compared > 1000
+    assert compared > 800
     assert ragged > 0, "no image has rows of unequal length: the test lost a part"
 
 
