@@ -99,6 +99,15 @@ TEST(Misuse, EmptyTextsAndVisitors) {
     EXPECT_EQ(textOf(unnamed), "ID:  \nCOUNT:  0*0\n\n");
 }
 
+TEST(Misuse, KeyNamesOfNumbersThatAreNoIdentifier) {
+    for (const int id : {std::numeric_limits<int>::min(), -1, 65536, std::numeric_limits<int>::max()}) {
+        EXPECT_EQ(HwDatablockServiceData::keyOf(id), "") << id;
+        EXPECT_EQ(HwDatablockMbrdIqImbalanceRfFreq::keyOf(id), "") << id;
+        EXPECT_EQ(HwDatablockMiscIdent::keyOf(id), "") << id;
+    }
+    EXPECT_EQ(HwDatablockServiceData::keyOf(209), "SERVICE_209");
+}
+
 TEST(Misuse, ImagesThatDoNotStay) {
     const std::string bytes = sealed(image({4711, 8, 0, 0})) + image({4712, 0, 0, 0});
     const ModuleImage whole(bytes);

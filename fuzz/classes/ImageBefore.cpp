@@ -1,4 +1,4 @@
-// Built without coverage counters: what is compared here byte by byte says nothing about the library.
+// Built without instrumentation: what is compared here byte by byte says nothing about the library.
 #include "ImageBefore.h"
 
 #include <algorithm>

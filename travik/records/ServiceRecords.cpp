@@ -20,8 +20,8 @@ constexpr unsigned short replaced16(unsigned int word, unsigned int mask, unsign
 } // namespace
 
 std::string_view HwDatablockServiceData::keyOf(int id) {
-    const int slot = id - firstServiceId;
-    return slot >= 0 && slot < std::ssize(serviceKeys) ? serviceKeys[slot] : std::string_view();
+    const bool isKnown = id >= firstServiceId && id < firstServiceId + std::ssize(serviceKeys);
+    return isKnown ? serviceKeys[id - firstServiceId] : std::string_view();
 }
 
 HwDatablockServiceData::HwDatablockServiceData(HwEVariantEepromDatablock variant, bool stopConversionOnError)

@@ -11,12 +11,13 @@ constexpr std::size_t valuesOffset = countOffset + sizeof(unsigned int);
 
 /// The name of the identifier, its "*" replaced; empty for an identifier that the key does not name.
 std::string named(const KeyName& key, std::string_view pattern, int id, int firstId) {
-    const int path = id - (key.firstId != 0 ? key.firstId : firstId);
     std::string name(pattern);
     if (key.paths == 0)
         return name;
-    if (path < 0 || path >= key.paths)
+    const int first = key.firstId != 0 ? key.firstId : firstId;
+    if (id < first || id >= first + key.paths)
         return {};
+    const int path = id - first;
     if (const std::size_t star = name.find('*'); star != std::string::npos)
         name[star] = static_cast<char>('A' + path);
     return name;
