@@ -1,10 +1,10 @@
 // Every class, through a table of its operations that the build makes from the headers (classes/): a block of any
 // class with any image, then a sequence of whatever the class can do, with any parameters. The input begins as
 // classes/ClassesInput.h says; the rest are operations, each a byte that selects a kind, then what it needs.
+#include "LongTexts.h"
 #include "classes/Accessors.h"
 #include "classes/ClassesInput.h"
 
-#include <travik/datablock/Bytes.h>
 #include <travik/datablocks.h>
 
 #include <cstddef>
@@ -18,6 +18,7 @@ using Travik::HwDatablock;
 
 /// What takes its time is done only so often for one input: a print of 65535 entries, a byte order.
 struct Budget {
+    int id; ///< of the class, whatever the image says
     unsigned int operations = 24;
     unsigned int prints = 2;
     unsigned int conversions = 2;
@@ -40,24 +41,13 @@ void holdingTheImage(HwDatablock& block, Call call) {
     require(image.isUnchanged(block), "the image is changed");
 }
 
-/// Whether what stands where most classes have their counts says that there is much to print, which takes a thousand
-/// times as long as everything else; then it is done one time in 32.
-bool isLong(HwDatablock& block) {
-    constexpr unsigned int many = 300;
-    const QMemArray<char> data = block.getByteArrayData();
-    const std::span<const char> image(data.data(), data.size());
-    for (const std::size_t at : {8U, 10U, 12U, 14U}) {
-        if (Travik::bytes::load<unsigned short>(image, at) > many)
-            return true;
-    }
-    return false;
-}
-
 bool mayPrint(Surroundings& with, Budget& budget) {
     if (budget.prints == 0)
         return false;
     --budget.prints;
-    return !isLong(with.block) || with.input.byte() % 32 == 1;
+    const QMemArray<char> data = with.block.getByteArrayData();
+    const std::span<const char> image(data.data(), data.size());
+    return isToBeRead(budget.id, image) && isToBeRead(with.block.getId(), image);
 }
 
 void callAccessor(const Accessor& accessor, Surroundings& with, Budget& budget) {
@@ -94,7 +84,8 @@ void sum(Surroundings& with) {
         break;
     case 1:
         block.setChecksum(block.computeChecksum());
-        if (block.getBlockSize() >= 6)
+        // The word lies among those that are summed, and in the buffer.
+        if (block.getBlockSize() >= 6 && block.getByteArrayData().size() >= 6)
             require(block.verifyChecksum(), "a computed checksum does not hold");
         break;
     case 2:
@@ -194,7 +185,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto block = start.makeBlock();
     HwDatablock other(false);
     Surroundings with{input, *block, other};
-    Budget budget;
+    Budget budget{.id = start.subject->id};
     while (!input.isEmpty() && budget.operations-- > 0) {
         operate(blockClass, with, budget);
         // An accessor or another block may have left any label: without it, each setter would convert there and back.

@@ -57,7 +57,7 @@ enum class Return : unsigned char {
 };
 
 struct Rule {
-    std::string_view className = {}; ///< empty: any
+    std::string_view className; ///< empty: any
     std::string_view setter;
     Return gives = Return::Same;
     bool seals = true;    ///< the checksum holds afterwards

@@ -58,7 +58,6 @@ std::unique_ptr<Command> resealCommand(CLI::App& app);
 std::unique_ptr<Command> summaryCommand(CLI::App& app);
 std::unique_ptr<Command> collectCommand(CLI::App& app);
 std::unique_ptr<Command> fleetCommand(CLI::App& app);
-std::unique_ptr<Command> showCommand(CLI::App& app);
 std::unique_ptr<Command> reportCommand(CLI::App& app);
 
 /// Reads one image; nothing, and a line on standard error, where it cannot be read.
