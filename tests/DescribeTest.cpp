@@ -1,10 +1,9 @@
+#include "JsonText.h"
 #include "Support.h"
 
 #include <travik/service/Describe.h>
 #include <travik/service/ImageFile.h>
 #include <travik/service/KaitaiFormat.h>
-
-#include <nlohmann/json.hpp>
 
 namespace DescribeTest {
 
@@ -106,7 +105,7 @@ TEST(Describe, JsonCoversEveryByteOfEveryBlock) {
             all.push_back(BlockForms::of(id));
     }
     EXPECT_EQ(lines(listAsText(forms())).size(), all.size() + 1);
-    const json document = json::parse(describeAsJson(forms(), all));
+    const json document = Support::parsed(describeAsJson(forms(), all));
     ASSERT_EQ(document.size(), all.size());
     for (const json& block : document) {
         const auto size = block["size"].get<std::size_t>();
@@ -131,7 +130,7 @@ TEST(Describe, JsonCoversEveryByteOfEveryBlock) {
     }
     const json service =
         document[static_cast<std::size_t>(std::ranges::find(all, 200, &BlockForm::first) - all.begin())];
-    EXPECT_EQ(service["fields"][3]["bits"], json::parse(R"({"first": 18, "count": 14, "signed": false})"));
+    EXPECT_EQ(service["fields"][3]["bits"], Support::parsed(R"({"first": 18, "count": 14, "signed": false})"));
     EXPECT_EQ(service["fields"][3]["unit"], json());
     EXPECT_EQ(service["fields"][2]["unit"], "h");
 }

@@ -1,3 +1,4 @@
+#include "JsonText.h"
 #include "RandomValues.h"
 #include "Support.h"
 
@@ -6,8 +7,6 @@
 #include <travik/service/Document.h>
 #include <travik/service/ImageChange.h>
 #include <travik/service/ImageFile.h>
-
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <limits>
@@ -82,7 +81,7 @@ bool areSame(const Bytes& before, const Bytes& after, const DiffOptions& options
     const ImageDiff diff(before, after, options);
     EXPECT_EQ(diffText(diff, {"a", "b"}).empty(), diff.isSame());
     EXPECT_EQ(diffText(diff, {"a", "b"}, {.isBrief = true}).empty(), diff.isSame());
-    EXPECT_EQ(json::parse(diffDocument(diff, {"a", "b"}))["same"], diff.isSame());
+    EXPECT_EQ(Support::parsed(diffDocument(diff, {"a", "b"}))["same"], diff.isSame());
     return diff.isSame();
 }
 
@@ -490,7 +489,7 @@ TEST(DiffText, PutsTheLargestChangesFirst) {
     const auto set = [&](int column, const std::string& value) {
         other = assigned(other, "15716.values[0][" + std::to_string(column) + "]=" + value);
     };
-    const json before = json::parse(jsonDocument(std::array{jsonObject("", board, ModuleImage(board))}));
+    const json before = Support::parsed(jsonDocument(std::array{jsonObject("", board, ModuleImage(board))}));
     const auto& blocks = before[0]["blocks"];
     const auto& values = std::ranges::find_if(blocks, [](const json& block) { return block["id"] == 15716; })
                              ->at("fields")
@@ -530,7 +529,7 @@ TEST(DiffDocument, HasEverything) {
     const Bytes board = sample("rf-board");
     Bytes other = assigned(assigned(board, "15716.values[0][10]=1.25"), "2.product_date=2020-02-29");
     other.back() ^= 1;
-    const json document = json::parse(diffDocument(ImageDiff(board, other), {"a\"", "b\xFF"}));
+    const json document = Support::parsed(diffDocument(ImageDiff(board, other), {"a\"", "b\xFF"}));
     EXPECT_EQ(document["old"]["image"], "a\"");
     EXPECT_EQ(document["new"]["image"], "b\xEF\xBF\xBD");
     EXPECT_EQ(document["same"], false);
@@ -543,7 +542,7 @@ TEST(DiffDocument, HasEverything) {
     EXPECT_EQ(table["key"], "RFBO_RFLEVEL_MAX_DATA");
     EXPECT_TRUE(table["words"].contains("checksum"));
     const json& element = table["fields"][0]["elements"][0];
-    EXPECT_EQ(element["index"], json::parse("[0, 10]"));
+    EXPECT_EQ(element["index"], Support::parsed("[0, 10]"));
     EXPECT_TRUE(element["axis"][1].is_number()) << element;
     EXPECT_EQ(element["new"], 1.25);
     EXPECT_EQ(element["new_stored"], 125);
@@ -552,7 +551,7 @@ TEST(DiffDocument, HasEverything) {
 
     const Bytes before = tableOf(10, nan1);
     const Bytes after = tableOf(10, 1.5);
-    const json nan = json::parse(diffDocument(ImageDiff(before, after), {"a", "b"}));
+    const json nan = Support::parsed(diffDocument(ImageDiff(before, after), {"a", "b"}));
     const json& number = nan["blocks"][0]["fields"][0]["elements"][0];
     EXPECT_TRUE(number["old"].is_null());
     EXPECT_EQ(number["old_hex"], "010000000000f87f");

@@ -1,3 +1,4 @@
+#include "JsonText.h"
 #include "Support.h"
 
 #include <travik/fleet/ClickHouse.h>
@@ -10,7 +11,6 @@
 #include <travik/service/RobustStatistics.h>
 #include <travik/service/Values.h>
 
-#include <nlohmann/json.hpp>
 #include <sqlite3.h>
 #include <sys/stat.h>
 
@@ -265,7 +265,7 @@ TEST(Collect, TakesHostileTexts) {
     collect({folder / "images"}, sink, {});
     EXPECT_EQ(lines.find('\x1b'), std::string::npos);
     EXPECT_EQ(lines.find('\n'), lines.size() - 1);
-    const nlohmann::json object = nlohmann::json::parse(lines);
+    const nlohmann::json object = Support::parsed(lines);
     EXPECT_EQ(object["name"], "');\x1b\"\\\xc3\xa9");
     EXPECT_EQ(object["content_hash"], asked(database, "SELECT content_hash FROM images"));
 }
@@ -286,7 +286,7 @@ TEST(Collect, RowsDoNotDependOnJobs) {
     std::size_t points = 0;
     std::istringstream stream(alone);
     for (std::string line; std::getline(stream, line);) {
-        const nlohmann::json object = nlohmann::json::parse(line);
+        const nlohmann::json object = Support::parsed(line);
         ASSERT_EQ(object["points"], object["point_values"].size()) << line;
         ASSERT_LE(object["axis_values"].size(), object["point_values"].size()) << line;
         ASSERT_EQ(object.size(), 2 + fleetRelations()[3].columns.size());

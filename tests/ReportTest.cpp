@@ -1,10 +1,9 @@
+#include "JsonText.h"
 #include "Support.h"
 
 #include <travik/service/ImageFile.h>
 #include <travik/service/Report.h>
 #include <travik/service/ValueText.h>
-
-#include <nlohmann/json.hpp>
 
 #include <cmath>
 
@@ -47,7 +46,7 @@ struct Parsed {
 private:
     static Json parse(const std::string& text) {
         EXPECT_EQ(text.find_first_of("<>&"), std::string::npos);
-        return Json::parse(text);
+        return Support::parsed(text);
     }
 };
 
