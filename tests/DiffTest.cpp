@@ -657,4 +657,19 @@ TEST(DiffText, SaysItInTheseWords) {
         "behind the last block  changed: 1 byte\nblocks: 2 same (1 of them within the tolerance)\n");
 }
 
+TEST(ImageDiff, MeansAreFiniteHoweverLargeTheNumbers) {
+    const auto table = [](const std::string& number) {
+        return built(R"([{"blocks": [{"key": "USER_40000", "fields": {"rows": 1, "columns": 2, "column_types": [10, 10],
+            "values": [[)" +
+                     number + ", " + number + R"(]]}}, {"key": "END"}]}])");
+    };
+    const Bytes before = table("1e308");
+    const Bytes after = table("-7e307");
+    const ImageDiff diff(before, after);
+    const FieldDiff& field = diff.blocks().front().fields.front();
+    EXPECT_EQ(field.numbers, 2U);
+    EXPECT_DOUBLE_EQ(field.largest, 1.7e308);
+    EXPECT_DOUBLE_EQ(field.mean, 1.7e308);
+}
+
 } // namespace DiffTest
