@@ -558,4 +558,117 @@ TEST(DiffDocument, HasEverything) {
     EXPECT_EQ(number["new"], 1.5);
 }
 
+TEST(DiffText, SaysItInTheseWords) {
+    const auto unknown = [](const std::string& content, unsigned int id = 4711) {
+        return Support::sealed(Support::image({id, static_cast<unsigned int>(8 + content.size()), 0, 0}) + content);
+    };
+    const std::string end = Support::image({0xFFFF, 0});
+    const std::string plain = unknown(std::string(40, '\0'));
+    std::string holes(40, '\0');
+    for (const unsigned int i : {1U, 4U, 7U, 10U, 13U, 16U, 19U, 22U, 25U, 28U})
+        holes[i] = '\x11';
+    const std::string full = unknown(std::string(20, '\x22') + std::string(20, '\0'));
+    std::string wrong = full;
+    wrong[4] = '\x01';
+    const std::string runs =
+        "unknown  4711  changed, 48 bytes at 0\n  checksum 0xed69 -> 0x9814\n  bytes at 9  00 -> 11\n"
+        "  bytes at 12  00 -> 11\n  bytes at 15  00 -> 11\n  bytes at 18  00 -> 11\n"
+        "  bytes at 21  00 -> 11\n  bytes at 24  00 -> 11\n  bytes at 27  00 -> 11\n"
+        "  bytes at 30  00 -> 11\n";
+    const std::string half = "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
+    const std::string otherHalf = "22 22 22 22 22 22 22 22 22 22 22 22 22 22 22 22";
+    const Bytes board = sample("rf-board");
+    Bytes ident = board;
+    for (const char* const text :
+         {"name=x", "product_date=2020-02-29", "serial_number=1", "variant=3", "hardware_code=7"})
+        ident = assigned(ident, std::string("2.") + text);
+    Bytes misc = built(R"([{"blocks": [{"id": 10315}, {"key": "END"}]}])");
+    const Bytes zeros = misc;
+    std::fill(misc.begin() + 8, misc.end() - 4, '\x11');
+    resealImage(misc);
+    const DiffTextOptions brief{.isBrief = true};
+    const DiffTextOptions whole{.isWhole = true};
+    const struct {
+        Bytes before;
+        Bytes after;
+        DiffTextOptions options;
+        std::string text;
+    } rows[] = {
+        {bytesOf(plain + full + end),
+         bytesOf(unknown("ab", 4712) + plain + full + end),
+         {},
+         "unknown  4712  only in b, 10 bytes at 0\nunknown  4711 to END  65535  3 blocks moved by +10\n"
+         "blocks: 0 same, 3 moved, 1 only in b\n"},
+        {bytesOf(unknown("ab", 4712) + plain + end), bytesOf(plain + end), brief,
+         "unknown  4712  only in a, 10 bytes at 0\nunknown  4711  moved by -10 to 0\nEND  65535  moved by -10 to 48\n"
+         "blocks: 0 same, 2 moved, 1 only in a\n"},
+        {bytesOf(plain + end),
+         bytesOf(unknown(holes) + end),
+         {},
+         runs + "  ... and 2 more runs, 10 bytes in all\nblocks: 1 same, 1 changed\n"},
+        {bytesOf(plain + end), bytesOf(unknown(holes) + end), whole,
+         runs + "  bytes at 33  00 -> 11\n  bytes at 36  00 -> 11\nblocks: 1 same, 1 changed\n"},
+        {bytesOf(plain + end),
+         bytesOf(full + end),
+         {},
+         "unknown  4711  changed, 48 bytes at 0\n  checksum 0xed69 -> 0x9815\n  bytes at 8  " + half + " ... -> " +
+             otherHalf + " ...  (20 bytes)\nblocks: 1 same, 1 changed\n"},
+        {bytesOf(plain + end), bytesOf(full + end), whole,
+         "unknown  4711  changed, 48 bytes at 0\n  checksum 0xed69 -> 0x9815\n  bytes at 8  " + half +
+             " 00 00 00 00 -> " + otherHalf + " 22 22 22 22\nblocks: 1 same, 1 changed\n"},
+        {bytesOf(full + end), bytesOf(wrong + end), brief,
+         "unknown  4711  changed: checksum, sums hold -> are wrong\nblocks: 1 same, 1 changed\n"},
+        {bytesOf(full + end),
+         bytesOf(wrong + end),
+         {.isColoured = true},
+         "\x1b[1munknown  4711\x1b[m  changed, 48 bytes at 0\n  checksum 0x9815 -> 0x9801; sums hold -> are wrong\n"
+         "blocks: 1 same, 1 changed\n"},
+        {bytesOf(end + "a"),
+         bytesOf(end + "b"),
+         {},
+         "behind the last block  1 byte differs\n  bytes at 0  61 -> 62\nblocks: 1 same\n"},
+        {bytesOf(end + "a"),
+         bytesOf(end + "bc"),
+         {},
+         "behind the last block  2 bytes differ\n  bytes at 0  61 -> 62 63\nblocks: 1 same\n"},
+        {bytesOf(end + "a"), bytesOf(end + "bc"), brief, "behind the last block  changed: 2 bytes\nblocks: 1 same\n"},
+        {Bytes(), Bytes(4, '\xFF'), brief, "no block  changed: 4 bytes\nblocks: 0 same\n"},
+        {Bytes(3, '\0'),
+         Bytes(2, '\0'),
+         {},
+         "unknown  0  changed, 3 bytes at 0\n  bytes  3 -> 2\n  bytes at 2  00 -> none\nblocks: 0 same, 1 changed\n"},
+        {board, ident, brief,
+         "IDENT_2  2  changed: variant, hardware_code, serial_number, product_date, 1 more field, checksum\n"
+         "blocks: 22 same, 1 changed\n"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(diffText(ImageDiff(row.before, row.after), {"a", "b"}, row.options), row.text);
+    const ImageDiff many(zeros, misc);
+    EXPECT_THAT(diffText(many, {"a", "b"}),
+                HasSubstr("\n  ... and " + std::to_string(BlockLayout(10315).fields().size() - 20) + " more fields\n"));
+    EXPECT_THAT(diffText(many, {"a", "b"}, whole), Not(HasSubstr("more field")));
+    Bytes one = tableOf(10, 1.0);
+    Bytes other = tableOf(10, 1.5);
+    one.push_back('a');
+    other.push_back('b');
+    EXPECT_EQ(
+        diffText(ImageDiff(one, other, {.tolerance = 1, .relative = 0, .blocks = {}}), {"a", "b"}, {.isBrief = true}),
+        "behind the last block  changed: 1 byte\nblocks: 2 same (1 of them within the tolerance)\n");
+}
+
+TEST(ImageDiff, MeansAreFiniteHoweverLargeTheNumbers) {
+    const auto table = [](const std::string& number) {
+        return built(R"([{"blocks": [{"key": "USER_40000", "fields": {"rows": 1, "columns": 2, "column_types": [10, 10],
+            "values": [[)" +
+                     number + ", " + number + R"(]]}}, {"key": "END"}]}])");
+    };
+    const Bytes before = table("1e308");
+    const Bytes after = table("-7e307");
+    const ImageDiff diff(before, after);
+    const FieldDiff& field = diff.blocks().front().fields.front();
+    EXPECT_EQ(field.numbers, 2U);
+    EXPECT_DOUBLE_EQ(field.largest, 1.7e308);
+    EXPECT_DOUBLE_EQ(field.mean, 1.7e308);
+}
+
 } // namespace DiffTest

@@ -217,4 +217,51 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
     EXPECT_EQ(storeValue(std::span(bytes).first(1), date, 0, 1), StoreOutcome::Outside);
 }
 
+TEST(StoreValue, KnowsEveryWidthToItsEnds) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const Field u64{.name = "u64", .stored = Stored::U64, .width = 8};
+    const Field i64{.name = "i64", .stored = Stored::I64, .width = 8};
+    const Field f80{.name = "f80", .stored = Stored::F80, .width = 12};
+    const Field fine{.name = "fine", .stored = Stored::F64, .width = 8, .scale = 1e-10};
+    const struct {
+        const Field& field;
+        double number;
+        StoreOutcome outcome;
+        std::string text; ///< as it is stored then
+    } rows[] = {
+        {u64, 0x1p53 + 2, StoreOutcome::Exact, "9007199254740994"},
+        {u64, 0x1.fffffffffffffp63, StoreOutcome::Exact, "18446744073709549568"},
+        {u64, 0x1p64, StoreOutcome::OutOfRange, "0"},
+        {u64, -1, StoreOutcome::OutOfRange, "0"},
+        {i64, -0x1p63, StoreOutcome::Exact, "-9223372036854775808"},
+        {i64, 0x1.fffffffffffffp62, StoreOutcome::Exact, "9223372036854774784"},
+        {i64, 0x1p63, StoreOutcome::OutOfRange, "0"},
+        {f80, -1.5, StoreOutcome::Exact, "-1.5"},
+        {f80, 4.9406564584124654e-324, StoreOutcome::Exact, "5e-324"},
+        {f80, infinity, StoreOutcome::Exact, "inf"},
+        {f80, -infinity, StoreOutcome::Exact, "-inf"},
+        {f80, nan, StoreOutcome::Exact, "nan"},
+        {fine, 1e300, StoreOutcome::OutOfRange, "0"}, // the stored number would be infinite
+    };
+    for (const auto& row : rows) {
+        std::vector<char> bytes(12, 0);
+        EXPECT_EQ(storeValue(bytes, row.field, 0, row.number), row.outcome) << row.field.name << ' ' << row.number;
+        EXPECT_EQ(storedText(bytes, row.field, 0), row.text) << row.field.name << ' ' << row.number;
+    }
+    std::vector<char> bytes(9, 9);
+    const std::vector<char> before = bytes;
+    const Field text{.name = "name", .stored = Stored::Text, .width = 4};
+    const Field bits{.name = "bits", .stored = Stored::U16, .width = 2, .offset = 8, .bits = 4};
+    for (const Field* const field : {&u64, &f80, &bits})
+        EXPECT_EQ(storeValue(bytes, *field, field == &u64 ? 1 : 0, 1), StoreOutcome::Outside) << field->name;
+    EXPECT_EQ(storeText(bytes, text, 1, "A"), StoreOutcome::Outside);
+    EXPECT_EQ(storeText(bytes, text, 0, std::string_view("A\0B", 3)), StoreOutcome::TooLong);
+    EXPECT_EQ(storedText(bytes, text, 1), "");
+    EXPECT_EQ(bytes, before);
+    for (const char* const date : {"1979-12-31", "2108-01-01", "2018-00-15", "2018-11-00", "2018-11-1x", "2018-11/15"})
+        EXPECT_FALSE(packedDate(date)) << date;
+    EXPECT_TRUE(packedDate("1980-01-01") && packedDate("2107-12-31"));
+}
+
 } // namespace ValuesTest

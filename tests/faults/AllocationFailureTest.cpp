@@ -16,6 +16,7 @@
 #include <travik/service/TableImport.h>
 #include <travik/service/Values.h>
 #ifdef TRAVIK_HAS_FLEET
+#include <travik/fleet/ClickHouse.h>
 #include <travik/fleet/Collect.h>
 #include <travik/fleet/FleetDatabase.h>
 #include <travik/fleet/JsonLines.h>
@@ -583,6 +584,27 @@ TEST_P(AllocationFailure, AtTheFirstTime) {
     }
     ::munmap(shared, sizeof(Shared));
 }
+
+#ifdef TRAVIK_HAS_FLEET
+/// What the HTTP library holds afterwards is its own; that it was not asked is told.
+TEST(AllocationFailureOfServer, IsTold) {
+    ::setenv("CLICKHOUSE_USER", "reader", 1);
+    ::setenv("CLICKHOUSE_PASSWORD", "secret", 1);
+    std::set<std::string> told;
+    for (std::size_t number = 80; number > 0; --number) { // the first one loads the library
+        const FailingAllocation failing(number, false);
+        try {
+            const ClickHouse sink("127.0.0.1:1"); // nobody listens there
+            told.insert("nothing");
+        } catch (const std::bad_alloc&) {
+            told.insert("memory");
+        } catch (const FleetError&) {
+            told.insert("server");
+        }
+    }
+    EXPECT_THAT(told, testing::ElementsAre("memory", "server"));
+}
+#endif
 
 INSTANTIATE_TEST_SUITE_P(All, AllocationFailure, testing::ValuesIn(scenarios), testing::PrintToStringParamName());
 

@@ -44,8 +44,7 @@ const Library& library() {
         find(handle, "curl_easy_cleanup", made.cleanup);
         find(handle, "curl_slist_append", made.append);
         find(handle, "curl_slist_free_all", made.freeAll);
-        if (made.globalInit(CURL_GLOBAL_DEFAULT) != CURLE_OK)
-            throw FleetError("libcurl cannot be used");
+        made.globalInit(CURL_GLOBAL_DEFAULT); // where it fails, no handle is made either
         return made;
     }();
     return loaded;
@@ -68,6 +67,12 @@ struct Client::Handle {
     Handle() = default;
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
+    void add(const std::string& header) {
+        curl_slist* const longer = library().append(headers, header.c_str());
+        if (!longer)
+            throw std::bad_alloc();
+        headers = longer;
+    }
     ~Handle() {
         library().freeAll(headers);
         library().cleanup(curl);
@@ -83,10 +88,10 @@ Client::Client(std::string address, const std::string& user, const std::string& 
     constexpr long connectSeconds = 10;
     constexpr long idleSeconds = 300;
     if (!user.empty())
-        handle_->headers = api.append(handle_->headers, ("X-ClickHouse-User: " + user).c_str());
+        handle_->add("X-ClickHouse-User: " + user);
     if (!password.empty())
-        handle_->headers = api.append(handle_->headers, ("X-ClickHouse-Key: " + password).c_str());
-    handle_->headers = api.append(handle_->headers, "Expect:"); // else a large body waits for a second
+        handle_->add("X-ClickHouse-Key: " + password);
+    handle_->add("Expect:"); // else a large body waits for a second
     api.set(curl, CURLOPT_HTTPHEADER, handle_->headers);
     api.set(curl, CURLOPT_PROTOCOLS_STR, "http,https");
     api.set(curl, CURLOPT_NOSIGNAL, 1L);
