@@ -117,6 +117,22 @@ TEST(Report, HasTheValuesAxesAndUnitsOfATable) {
     EXPECT_EQ(board.block(65535)["layout"].size(), 2U);
 }
 
+// A page holds the documents in a script: none of its characters may end one, and each comes back.
+TEST(Report, TextsStandInAScript) {
+    ReportHead head;
+    for (const std::string text : {"</script>", "<!--", "a&amp;b",
+                                   "a\xe2\x80\xa8"
+                                   "b\xe2\x80\xa9"
+                                   "c",
+                                   "\xe2\x82\xac\xe2\x80\xa8"}) {
+        head.title = text;
+        const std::string json = reportHeadJson(head, {});
+        EXPECT_EQ(Json::parse(json)["title"], text);
+        EXPECT_EQ(json.find_first_of("<>&"), std::string::npos) << json;
+        EXPECT_THAT(json, AllOf(Not(HasSubstr("\xe2\x80\xa8")), Not(HasSubstr("\xe2\x80\xa9"))));
+    }
+}
+
 TEST(Report, ShowsWhatIsWrongAndWhatCannotBeRead) {
     std::vector<char> bytes = sample("rf-board");
     change(bytes, 15716, 0, 7); // the sum is left

@@ -140,7 +140,8 @@ TEST(Names, MayBeGlobs) {
 }
 
 TEST(Names, ThatAreWrongHaveNearOnes) {
-    const std::vector<std::string> keys{"RFBO_RFLEVEL_MAX_DATA", "RFBO_RFLEVEL_MAX_FREQ", "IDENT_2", "POK_TEMPERATURE"};
+    const std::vector<std::string> keys{"RFBO_RFLEVEL_MAX_DATA", "RFBO_RFLEVEL_MAX_FREQ", "IDENT_2", "POK_TEMPERATURE",
+                                        "TEMP_MAX"};
     struct Case {
         std::string name;
         std::vector<std::string> near;
@@ -149,7 +150,7 @@ TEST(Names, ThatAreWrongHaveNearOnes) {
              {"RFBO_RFLEVL_MAX_DATA", {"RFBO_RFLEVEL_MAX_DATA", "RFBO_RFLEVEL_MAX_FREQ"}},
              {"ident_2", {"IDENT_2"}},
              {"IDNET_2", {"IDENT_2"}},
-             {"TEMP", {"POK_TEMPERATURE"}},
+             {"TEMP", {"TEMP_MAX", "POK_TEMPERATURE"}},
              {"WHATEVER", {}},
              {"15716", {}},
              {"RFBO_RFLEVL*", {}},
@@ -307,6 +308,8 @@ TEST(Show, WritesBytesThatNobodyKnowsAsNumbers) {
                                                      "    000  01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01\n"
                                                      "    *\n"
                                                      "    060  01 01 01 01 ff 02\n");
+    for (const auto& [size, first] : {std::pair(0x1000, "\n    000  01 "), std::pair(0x1001, "\n    0000  01 ")})
+        EXPECT_THAT(Shown(block(4711, std::string(size, '\1'))).text("4711"), HasSubstr(first)) << size;
     EXPECT_THAT(Shown(block(300, std::string("\x0A\0\0\0\xAB\xCD", 6))).text("300"),
                 testing::EndsWith("  operating_hours  10 h\n\n  bytes from 12 on  2 bytes\n    000  ab cd\n"))
         << "what no field covers";
