@@ -308,7 +308,7 @@ TEST(Show, WritesBytesThatNobodyKnowsAsNumbers) {
                                                      "    000  01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01\n"
                                                      "    *\n"
                                                      "    060  01 01 01 01 ff 02\n");
-    for (const auto& [size, first] : {std::pair(0x1000, "\n    000  01 "), std::pair(0x1001, "\n    0000  01 ")})
+    for (const auto& [size, first] : {std::pair(0x1000U, "\n    000  01 "), std::pair(0x1001U, "\n    0000  01 ")})
         EXPECT_THAT(Shown(block(4711, std::string(size, '\1'))).text("4711"), HasSubstr(first)) << size;
     EXPECT_THAT(Shown(block(300, std::string("\x0A\0\0\0\xAB\xCD", 6))).text("300"),
                 testing::EndsWith("  operating_hours  10 h\n\n  bytes from 12 on  2 bytes\n    000  ab cd\n"))
