@@ -158,6 +158,15 @@ TEST(InPlaceWriter, SaysWhatIsUnknown) {
                             "back, offsets 4 to 6 are unknown");
     EXPECT_EQ(device.bytes.substr(0, 8), "the NEW ");
 
+    for (const auto& [length, which] :
+         {std::pair(1U, "offset 4 is unknown"), std::pair(2U, "offsets 4 to 5 are unknown")}) {
+        std::string bytes = oldBytes;
+        bytes.replace(4, length, length, '#').replace(19, 1, "#");
+        FaultyDevice few(oldBytes);
+        few.writes = {.fault = Fault::Fails, .first = 1, .isForEver = true};
+        EXPECT_THAT(writeInPlace(few, oldBytes, bytes).error, testing::EndsWith(std::string("back, ") + which));
+    }
+
     FaultyDevice blind(oldBytes);
     blind.reads = {.fault = Fault::Fails, .first = 0, .isForEver = true};
     report = writeInPlace(blind, oldBytes, newBytes);

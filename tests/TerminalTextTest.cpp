@@ -21,7 +21,8 @@ constexpr Case cases[] = {
     {"a\nb\tc", "a\\x0ab\\x09c", TextCharset::Utf8, TextLines::One},
     {"\x1b[31m\r\a\b\x7f\0"sv, "\\x1b[31m\\x0d\\x07\\x08\\x7f\\x00"},
     // What is no control character passes, whatever its length.
-    {"\u00a0\u00fc\u20ac\U0001f527", "\u00a0\u00fc\u20ac\U0001f527"},
+    {"\u00a0\u00fc\u20ac\U0001f527\U00040000\U000e0041\U0010ffff",
+     "\u00a0\u00fc\u20ac\U0001f527\U00040000\U000e0041\U0010ffff"},
     {"\u0080\u009b31m\u009f", "\\u0080\\u009b31m\\u009f"},
     {"\u061c\u200e\u200f\u202a\u202e\u2066\u2069", "\\u061c\\u200e\\u200f\\u202a\\u202e\\u2066\\u2069"},
     {"\u061b\u200d\u2010\u2029\u202f\u2065\u206a", "\u061b\u200d\u2010\u2029\u202f\u2065\u206a"},
