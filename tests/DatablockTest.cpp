@@ -337,6 +337,10 @@ TEST(EndBlock, HasNoChecksum) {
     EXPECT_EQ(textOf(end), "# Das ist der END Block\nID:              END\n\n");
     end.resizeData(2);
     EXPECT_EQ(end.getBlockSize(), 0);
+    HwDatablockEnd cut;
+    cut.resizeData(3);
+    EXPECT_EQ(cut.getId(), 0xFFFF);
+    EXPECT_EQ(cut.getBlockSize(), 0) << "without a whole size word it is no end block";
 }
 
 TEST(Ident, TextAndNames) {
