@@ -337,6 +337,11 @@ TEST(EndBlock, HasNoChecksum) {
     EXPECT_EQ(textOf(end), "# Das ist der END Block\nID:              END\n\n");
     end.resizeData(2);
     EXPECT_EQ(end.getBlockSize(), 0);
+    HwDatablock cut(false);
+    cut.setBlockId(0xFFFF);
+    EXPECT_EQ(cut.getBlockSize(), 4);
+    cut.resizeData(3);
+    EXPECT_EQ(cut.getBlockSize(), 0) << "without a whole size word it is no end block";
 }
 
 TEST(Ident, TextAndNames) {
