@@ -348,6 +348,56 @@ TEST(ImageDiff, ComparesTablesOfAnotherShapeByName) {
     EXPECT_FALSE(areSame(before, finer, {.tolerance = 1e9, .relative = 2, .blocks = {}}));
 }
 
+TEST(ImageDiff, ComparesWhatOnlyOneLayoutHasOrHasElsewhere) {
+    // Without the end block, which would only move.
+    const auto table = [](const std::string& fields, int alignment = 0) {
+        return built(R"([{"blocks": [{"key": "USER_40000", "alignment": )" + std::to_string(alignment) +
+                     R"(, "fields": {)" + fields + "}}]}]");
+    };
+    const std::string two = R"("rows": 2, "columns": 1, "column_types": [13], )";
+    const std::string mixed = R"("rows": 1, "columns": 2, )";
+    struct Row {
+        const char* what;
+        Bytes before;
+        Bytes after;
+        std::string told;
+        std::string text; // a line
+    };
+    for (const Row& row : std::vector<Row>{
+             {"labels", table(two + R"("values": [[1], [2]])"),
+              table(R"("row_id_type": 1, )" + two + R"("row_ids": [5, 6], "values": [[1], [2]])"),
+              "row_id_type row_ids[0] row_ids[1] size checksum CRC-32", "  row_ids  2 only in b\n"},
+             {"texts at another place",
+              table(R"("rows": 2, "columns": 1, "column_types": [21], "values": [["AB"], ["C"]])"),
+              table(R"("row_id_type": 1, "rows": 2, "columns": 1, "column_types": [21], "row_ids": [0, 0],
+                  "values": [["AB"], ["D"]])"),
+              "row_id_type values[1][0] row_ids[0] row_ids[1] size checksum CRC-32", "\"C\" -> \"D\"\n"},
+             {"a number that becomes a text",
+              table(mixed + R"("column_types": [1, 2], "column_0": [65], "column_1": [3])"),
+              table(mixed + R"("column_types": [20, 2], "column_0": ["A"], "column_1": [3])"),
+              "column_types[0] column_0[0] checksum CRC-32", "  [0]  65 -> \"A\"\n"},
+             {"a text that becomes a number",
+              table(mixed + R"("column_types": [20, 2], "column_0": ["A"], "column_1": [3])"),
+              table(mixed + R"("column_types": [1, 2], "column_0": [65], "column_1": [3])"),
+              "column_types[0] column_0[0] checksum CRC-32", "  [0]  \"A\" -> 65\n"},
+             {"other numbers of another type",
+              table(mixed + R"("column_types": [13, 2], "column_0": [1.25], "column_1": [3])"),
+              table(mixed + R"("column_types": [14, 2], "column_0": [1.255], "column_1": [3])"),
+              "column_types[0] column_0[0] checksum CRC-32", "  [0]  1.25 -> 1.255  (+0.005)\n"},
+             {"columns that were one table", table(mixed + R"("column_types": [1, 1], "values": [[7, 8]])"),
+              table(mixed + R"("column_types": [1, 2], "column_0": [7], "column_1": [8])"),
+              "column_types[1] values[0][0] values[0][1] column_0[0] column_1[0] checksum CRC-32",
+              "  values  2 only in a\n"},
+             {"packed, whose filler follows", table(two + R"("update_index": 1.5, "values": [[1], [2]])", 1),
+              table(R"("rows": 4, "columns": 1, "column_types": [1], "update_index": 1.5, "values": [[1], [2]])", 1),
+              "rows column_types[0] values[2][0] values[3][0] checksum CRC-32 filler", "  rows  2 -> 4  (+2)\n"},
+         }) {
+        EXPECT_THAT(told(row.before, row.after), ElementsAre("40000 changed " + row.told)) << row.what;
+        EXPECT_THAT(diffText(ImageDiff(row.before, row.after), {"a", "b"}), HasSubstr(row.text)) << row.what;
+        EXPECT_TRUE(areSame(row.before, row.before)) << row.what;
+    }
+}
+
 /// An image of one block of every class, each with random values.
 void forEachClassImage(std::mt19937& random, const std::function<void(int id, const Bytes& image)>& function) {
     for (const CatalogueEntry& entry : catalogue()) {

@@ -356,6 +356,22 @@ TEST(Document, SaysWhereItIsWrong) {
          "/0/blocks/1/fields/eeprom_size: outside the block, which has 9 bytes"},
         {block(R"("id": 40000, "class": "HwDatablock2Edition", "size": 20, "fields": {"rows": 9, "columns": 9})"),
          "/0/blocks/1/size: the table takes * bytes"},
+        {block(R"("id": 40000, "class": "HwDatablock2Edition", "length": 20, "fields": {"rows": 9, "columns": 9})"),
+         "/0/blocks/1/length: the table takes * bytes"},
+        {block(R"("key": "USER_40000", "fields": {"rows": 60000, "columns": 1, "column_types": [10]})"),
+         "/0/blocks/1/fields: the table takes 480024 bytes, a block has 65535 at most"},
+        {block(R"("key": "USER_40000", "fields": {"rows": 1, "columns": 1, "column_types": [1], "values": [[1, 2]]})"),
+         "/0/blocks/1/fields/values/0/1: one too many, takes an array of up to 1 entry"},
+        {block(R"("key": "USER_40000", "size": 40, "fields": 7)"), "/0/blocks/1/fields: takes an object"},
+        {block(R"("key": "USER_40000x", "size": 8)"), "/0/blocks/1/key: no block has this key"},
+        {block(R"("key": "USER_2")"), "/0/blocks/1/key: no block has this key"},
+        {block(R"("id": 65535, "alignment": 1)"), "/0/blocks/1/alignment: takes null, the block has no such word"},
+        {block(R"("id": 2, "units": {"eeprom_size": 7})"), "/0/blocks/1/units/eeprom_size: the field is in byte"},
+        {block(R"("id": 10315, "fields": {"x": 1})"), "/0/blocks/1/fields/x: no field of the block, takes *, ..."},
+        {block(R"("id": 2, "raw": [{"offset": 8, "hex": ""}])"),
+         "/0/blocks/1/raw/0/hex: takes bytes of two hexadecimal digits each"},
+        {R"([{"image": 7, "blocks": []}, 8])", "the document holds several images, choose one: ?, ?"},
+        {R"([{"blocks": 7}])", "/0/blocks: takes an array"},
     };
     for (const Case& one : cases) {
         const BuiltImage image = buildImage(one.document);
@@ -370,6 +386,27 @@ TEST(Document, SaysWhereItIsWrong) {
     second.image = "b";
     EXPECT_EQ(built(R"([{"image": "a", "blocks": []}, {"image": "b", "blocks": [{"id": 65535}]}])", second),
               std::string("\xFF\xFF\0\0", 4));
+    EXPECT_EQ(buildImage(R"([{"image": "b", "blocks": []}, {"image": "b", "blocks": []}])", second).error,
+              "the document holds several images b");
+    std::string many = "[";
+    for (int i = 0; i < 100; ++i)
+        many += R"({"image": "image )" + std::to_string(i) + R"(", "blocks": []},)";
+    many.back() = ']';
+    EXPECT_TRUE(buildImage(many).error.ends_with("image 29, image 30, image 31")) << buildImage(many).error;
+    BuildOptions small;
+    small.largestSize = 87;
+    EXPECT_EQ(buildImage(R"([{"blocks": [{"id": 2}, {"id": 2}]}])", small).error,
+              "/0/blocks/1: the image takes more than 87 bytes");
+    small.largestSize = 88;
+    EXPECT_EQ(buildImage(R"([{"blocks": [{"id": 2}, {"id": 2}]}])", small).error, "");
+    // A place that the block does not have may be said to hold nothing.
+    for (const char* const nothing : {R"("name": "")", R"("serial_number": 0)", R"("variant": null)"})
+        EXPECT_EQ(buildImage(block(R"("id": 2, "size": 8, "fields": {)" + std::string(nothing) + '}')).error, "")
+            << nothing;
+    for (const char* const something : {R"("name": "x")", R"("serial_number": 1)", R"("variant": [])"})
+        EXPECT_THAT(buildImage(block(R"("id": 2, "size": 8, "fields": {)" + std::string(something) + '}')).error,
+                    testing::EndsWith("outside the block, which has 8 bytes"))
+            << something;
     second.image = "c";
     EXPECT_EQ(buildImage(R"([{"image": "a", "blocks": []}])", second).error,
               "the document holds no image c, it holds a");

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -129,6 +130,28 @@ TEST(QMemArray, RawDataStaysTheCallers) {
     b = bytes("own");
     b.resetRawData(b.data(), 3);
     EXPECT_EQ(text(b), "own");
+}
+
+TEST(QMemArray, NullHasNoElementsWhateverItsSize) {
+    const struct {
+        const char* what;
+        std::function<void(Bytes&)> make;
+    } rows[] = {
+        {"assign", [](Bytes& a) { a.assign(nullptr, 3); }},
+        {"duplicate", [](Bytes& a) { a.duplicate(nullptr, 3); }},
+        {"setRawData", [](Bytes& a) { a.setRawData(nullptr, 3); }},
+        {"resetRawData", [](Bytes& a) { a.setRawData(nullptr, 3).resetRawData(nullptr, 3); }},
+        {"assign nothing", [](Bytes& a) { a.assign(strdup(""), 0); }},
+    };
+    for (const auto& row : rows) {
+        Bytes a = bytes("longer than what takes no memory");
+        row.make(a);
+        a.sort();
+        EXPECT_TRUE(a.isNull() && a.isEmpty()) << row.what;
+        EXPECT_EQ(static_cast<const char*>(a), nullptr) << row.what;
+        a.resize(2);
+        EXPECT_EQ(text(a), std::string(2, '\0')) << row.what;
+    }
 }
 
 TEST(QMemArray, IndexOutsideIsHarmless) {

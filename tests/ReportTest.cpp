@@ -231,6 +231,24 @@ TEST(ReportFamily, LeavesCurvesOutButNoExtremes) {
         EXPECT_EQ(table.curves[0].values[i].values, curves[table.drawn[i]]);
 }
 
+// Curves over another axis cannot be compared: they are shown before all others, unless they are empty.
+TEST(ReportFamily, PutsAnotherAxisFirst) {
+    std::vector<std::vector<double>> curves(100, {1, 2});
+    curves[60].clear();
+    curves[70] = {1, 9};
+    ReportTable table = family(curves);
+    table.ownAxes.resize(curves.size());
+    table.ownAxes[50] = {5, 6};
+    table.ownAxes[60] = {7, 8};
+    judgeFamily(table, 10);
+    EXPECT_THAT(table.odd, ElementsAre(50, 70));
+    EXPECT_THAT(table.drawn, testing::SizeIs(10));
+    EXPECT_THAT(table.drawn, testing::IsSupersetOf({50U, 70U}));
+    ASSERT_EQ(table.ownAxes.size(), table.drawn.size());
+    for (std::size_t i = 0; i < table.drawn.size(); ++i)
+        EXPECT_EQ(table.ownAxes[i].size(), table.drawn[i] == 50 ? 2U : 0U) << table.drawn[i];
+}
+
 TEST(ReportFamily, IsOfOneKindAndStaysWithinItsLimits) {
     const std::vector<char> board = sample("rf-board");
     std::vector<char> odd = board;

@@ -155,6 +155,17 @@ constexpr Row<Block> rowWithStopFlag(int id) {
     });
 }
 
+/// The fields of an instance, by those of the first.
+inline FieldList withAxesOf(int instance, FieldList list) {
+    for (Field& field : list) {
+        for (Dimension& dimension : field.dimensions) {
+            if (dimension.axisBlock != 0)
+                dimension.axisBlock += instance;
+        }
+    }
+    return list;
+}
+
 /// A class that is made with its instance, counted from the first identifier, and further arguments. What labels its
 /// tables exists once an instance, too, in the same order.
 template <class Block, auto... Further>
@@ -165,16 +176,7 @@ constexpr Row<Block> rowsByInstance(int first, int last) {
             return std::make_unique<Block>(id - entry.first, Further...);
         },
         keyOf<Block>,
-        [](const CatalogueEntry& entry, int id) {
-            FieldList list = fieldsOf<Block>(entry, id);
-            for (Field& field : list) {
-                for (Dimension& dimension : field.dimensions) {
-                    if (dimension.axisBlock != 0)
-                        dimension.axisBlock += id - entry.first;
-                }
-            }
-            return list;
-        });
+        [](const CatalogueEntry& entry, int id) { return withAxesOf(id - entry.first, fieldsOf<Block>(entry, id)); });
 }
 
 /// A class that is made with its identifier.

@@ -152,8 +152,7 @@ private:
     void compareField(const Field& field) {
         FieldDiff diff{.before = &field, .after = &field, .dimensions = {}, .elements = {}};
         const std::size_t common = std::min(before_.bytes.size(), after_.bytes.size());
-        const std::uint32_t mask =
-            field.bits == 0 || field.bits >= 32 ? 0xFFFFFFFFU : ((1U << field.bits) - 1) << field.shift;
+        const std::uint32_t mask = bitsOf(field);
         const auto skips = [&](std::size_t offset, std::size_t length) { return untold_.isTold(offset, length); };
         forEachElement(field, std::max(before_.bytes.size(), after_.bytes.size()), skips,
                        [&](const Index& index, std::size_t offset) {
@@ -228,8 +227,8 @@ private:
         const std::size_t to = offsetOf(after, index);
         if (before.stored == Stored::Text && after.stored == Stored::Text)
             return bytes::text(before_.bytes, from, before.width) == bytes::text(after_.bytes, to, after.width);
-        if (before.stored == after.stored && before.width == after.width && before.bits == after.bits &&
-            before.scale == after.scale && before.zero == after.zero)
+        // The type of a table's elements is their stored form and their scale.
+        if (before.stored == after.stored && before.scale == after.scale)
             return std::ranges::equal(before_.bytes.subspan(from, before.width), after_.bytes.subspan(to, after.width));
         return before.stored != Stored::Text && after.stored != Stored::Text &&
                fieldValue(before_.bytes, elementOf(before, from)) == fieldValue(after_.bytes, elementOf(after, to));

@@ -2,27 +2,25 @@
 
 #include <algorithm>
 #include <string_view>
+#include <tuple>
 
 namespace Travik {
 
 namespace {
 
-bool equal(const char* left, const char* right) {
-    return left == right || (left && right && std::string_view(left) == right);
-}
-
-bool equalButForAxes(const Dimension& left, const Dimension& right) {
-    return equal(left.name, right.name) && left.extent == right.extent && left.stride == right.stride &&
-           equal(left.count, right.count) && (left.axisBlock == 0) == (right.axisBlock == 0);
-}
+std::string_view countOf(const Dimension& along) { return along.count ? along.count : ""; }
 
 bool equalButForAxes(const Field& left, const Field& right) {
-    return equal(left.name, right.name) && left.role == right.role && left.stored == right.stored &&
-           left.width == right.width && left.offset == right.offset && equal(left.unit, right.unit) &&
-           left.scale == right.scale && left.zero == right.zero && left.bits == right.bits &&
-           left.shift == right.shift && left.isSigned == right.isSigned && left.rank == right.rank &&
-           std::ranges::equal(left.dimensions, right.dimensions,
-                              [](const Dimension& one, const Dimension& other) { return equalButForAxes(one, other); });
+    const auto form = [](const Field& field) {
+        return std::tuple(std::string_view(field.name), field.role, field.stored, field.width, field.offset,
+                          std::string_view(field.unit), field.scale, field.zero, field.bits, field.shift,
+                          field.isSigned, field.rank);
+    };
+    const auto steps = [](const Dimension& along) {
+        return std::tuple(std::string_view(along.name), along.extent, along.stride, countOf(along),
+                          along.axisBlock == 0);
+    };
+    return form(left) == form(right) && std::ranges::equal(left.dimensions, right.dimensions, {}, steps, steps);
 }
 
 bool equalButForAxes(const BlockForm& left, const BlockForm& right) {
@@ -45,7 +43,7 @@ std::string counted(std::span<const Field> fields, const Field& count) {
     std::string text;
     for (const Field& field : fields) {
         for (unsigned int d = 0; d < field.rank; ++d) {
-            if (equal(field.dimensions[d].count, count.name))
+            if (countOf(field.dimensions[d]) == count.name)
                 append(text, ", ", nameOf(field.dimensions[d]) + " of " + field.name);
         }
     }

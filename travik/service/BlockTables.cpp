@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace Travik {
@@ -14,8 +16,10 @@ unsigned int entriesOf(const ValueDimension& dimension, bool isWhole) {
 
 // Whether two fields stand side by side: along dimensions that are the same not only by chance.
 bool runAlongTheSame(const ValueDimension& left, const ValueDimension& right) {
-    return left.name == right.name && left.extent == right.extent && left.used == right.used &&
-           left.axisBlock == right.axisBlock && (!left.name.empty() || left.axisBlock != 0);
+    const auto shape = [](const ValueDimension& along) {
+        return std::tuple(std::string_view(along.name), along.extent, along.used, along.axisBlock);
+    };
+    return shape(left) == shape(right) && (!left.name.empty() || left.axisBlock != 0);
 }
 
 /// Which dimension of a field goes down, which across; the others are left over.

@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 /// Elements of two blocks' fields, side by side: for the comparison only.
@@ -56,15 +58,12 @@ void forEachElement(const Field& field, std::size_t size, Skips skips, Function 
 }
 
 inline bool isSameField(const Field& left, const Field& right) {
-    const auto isSameDimension = [](const Dimension& a, const Dimension& b) {
-        return a.extent == b.extent && a.stride == b.stride;
+    const auto form = [](const Field& field) {
+        return std::tuple(std::string_view(field.name), field.role, field.stored, field.width, field.offset,
+                          field.scale, field.zero, field.bits, field.shift, field.isSigned, field.rank);
     };
-    return std::string_view(left.name) == right.name && left.role == right.role && left.stored == right.stored &&
-           left.width == right.width && left.offset == right.offset && left.scale == right.scale &&
-           left.zero == right.zero && left.bits == right.bits && left.shift == right.shift &&
-           left.isSigned == right.isSigned && left.rank == right.rank &&
-           std::ranges::equal(std::span(left.dimensions).first(left.rank),
-                              std::span(right.dimensions).first(right.rank), isSameDimension);
+    const auto steps = [](const Dimension& along) { return std::pair(along.extent, along.stride); };
+    return form(left) == form(right) && std::ranges::equal(left.dimensions, right.dimensions, {}, steps, steps);
 }
 
 inline bool isNumber(const Field& field) {

@@ -40,10 +40,6 @@ bool bringBack(std::span<const char> element, const Field& field, std::span<char
         bytes::storeText(back, 0, back.size(), bytes::text(element, 0, element.size()));
         return true;
     }
-    if (isPlainInteger(field)) {
-        std::ranges::copy(element, back.begin());
-        return true;
-    }
     const double value = fieldValue(element, field);
     if (std::isfinite(value) && isStored(storeValue(back, field, 0, value)))
         return true;
@@ -66,7 +62,7 @@ std::vector<unsigned char> coveredBits(std::span<const Field> fields, unsigned s
         coverWord(offsetof(HwSDatablockHeader, alignment));
     }
     for (const Field& field : fields) {
-        const std::uint32_t bits = field.bits == 0 || field.bits >= 32 ? ~0U : ((1U << field.bits) - 1) << field.shift;
+        const std::uint32_t bits = bitsOf(field);
         forEachElementInside(field, size, [&](std::size_t offset) { cover(covered, offset, field.width, bits); });
     }
     return covered;
@@ -76,8 +72,7 @@ const ClassLayouts::Layout& ClassLayouts::of(int id) {
     const auto [known, isNew] = layouts_.try_emplace(id, Layout{BlockLayout(id), 0, {}});
     Layout& layout = known->second;
     if (isNew) {
-        if (const auto block = makeBlock(id))
-            layout.size = block->getBlockSize();
+        layout.size = makeBlock(id)->getBlockSize();
         layout.covered = coveredBits(layout.fields.fields(), static_cast<unsigned short>(id), layout.size);
     }
     return layout;

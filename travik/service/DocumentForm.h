@@ -3,6 +3,7 @@
 #include <travik/datablock/Bytes.h>
 #include <travik/service/Values.h>
 
+#include <cstdint>
 #include <map>
 #include <span>
 #include <string>
@@ -24,12 +25,17 @@ bool alwaysComesBack(const Field& field);
 
 /// What comes back of an element's bytes by way of its number or text in a document, into `back`, which is as long.
 /// False where the document has null for it; null comes back as erased bytes. The field's offset is 0 and its rank,
-/// too.
+/// too; it is none of plain integers, which need no such question.
 bool bringBack(std::span<const char> element, const Field& field, std::span<char> back);
 
 /// The bits of a block's bytes that are in its header words or its fields, as far as these lie wholly in the block.
 /// What is not covered travels as bytes.
 std::vector<unsigned char> coveredBits(std::span<const Field> fields, unsigned short id, std::size_t size);
+
+/// Which bits of its word are the field's: all, but where it has only some.
+inline std::uint32_t bitsOf(const Field& field) {
+    return field.bits == 0 ? ~0U : static_cast<std::uint32_t>(((std::uint64_t{1} << field.bits) - 1) << field.shift);
+}
 
 /// A field as one of its elements, which are told apart by the offset.
 inline Field elementOf(const Field& field, std::size_t offset = 0) {
@@ -66,7 +72,7 @@ void forEachElementInside(const Field& field, std::size_t size, Function functio
     visit(visit, 0, field.offset);
 }
 
-/// The layouts of classes, each made once.
+/// The layouts of classes, each made once. Only of identifiers that have a class.
 class ClassLayouts {
 public:
     struct Layout {

@@ -12,6 +12,8 @@
 #include <charconv>
 #include <map>
 #include <set>
+#include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -282,8 +284,10 @@ private:
     }
 
     static bool isSameField(const Field& left, const Field& right) {
-        return std::string_view(left.name) == right.name && left.stored == right.stored && left.width == right.width &&
-               left.offset == right.offset && left.elements() == right.elements();
+        const auto form = [](const Field& field) {
+            return std::tuple(std::string_view(field.name), field.stored, field.width, field.offset, field.elements());
+        };
+        return form(left) == form(right);
     }
 
     /// A value may neither turn the block into another table nor be one that the sums decide.

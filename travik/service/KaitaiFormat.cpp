@@ -211,13 +211,6 @@ struct Part {
     unsigned int rank() const { return field->rank - done; }
     const Dimension& outer() const { return field->dimensions[done]; }
     Part entry() const { return {field, offset, done + 1}; }
-    /// Bytes from its first to behind its last element.
-    std::size_t span() const {
-        std::size_t bytes = field->width;
-        for (unsigned int d = done; d < field->rank; ++d)
-            bytes += std::size_t{field->dimensions[d].extent - 1} * field->dimensions[d].stride;
-        return bytes;
-    }
 };
 
 /// "; stored × 0.01 in dB": for viewers that show the text only.
@@ -237,9 +230,9 @@ public:
     TypeWriter(const BlockForms& forms, const BlockForm& form, std::string indent)
         : forms_(forms), form_(form), indent_(std::move(indent)) {}
 
-    /// The parts one after the other from `start` on, in ascending order of their offsets; `end` is 0 for a
-    /// whole record, whose last array ends with the block where that is shorter.
-    void write(const std::vector<Part>& parts, std::size_t start, std::size_t end);
+    /// The parts in ascending order of their offsets, which leave no byte between them. The last array of a whole
+    /// record ends with the block where that is shorter.
+    void write(const std::vector<Part>& parts, bool isRecord);
     /// "seq:", "instances:" and "types:", as far as there are any.
     std::string text() const;
 
@@ -256,11 +249,10 @@ private:
 
     void attribute(std::string_view id, std::string_view type, unsigned int repeat);
     void explain(const Field& field);
-    void gap(std::size_t from, std::size_t to);
     void word(const std::vector<Part>& values);
     void bits(const Part& part, const std::string& wordName);
     void array(const Part& part);
-    std::size_t entries(const std::vector<Part>& parts);
+    void entries(const std::vector<Part>& parts);
     std::string unique(std::string id);
 };
 
@@ -283,11 +275,6 @@ void TypeWriter::explain(const Field& field) {
     if (field.zero != 0.0)
         text += indent_ + "    -zero: " + shortestText(field.zero) + '\n';
     (field.bits > 0 ? instances_ : sequence_) += text;
-}
-
-void TypeWriter::gap(std::size_t from, std::size_t to) {
-    sequence_ += indent_ + "  - id: unused_" + std::to_string(from) + '\n' + indent_ +
-                 "    size: " + std::to_string(to - from) + '\n';
 }
 
 void TypeWriter::bits(const Part& part, const std::string& wordName) {
@@ -335,8 +322,8 @@ std::string TypeWriter::unique(std::string id) {
     return id;
 }
 
-/// Fields that alternate, or the rows of one field. The result is how many bytes they take.
-std::size_t TypeWriter::entries(const std::vector<Part>& parts) {
+/// Fields that alternate, or the rows of one field.
+void TypeWriter::entries(const std::vector<Part>& parts) {
     const Part& first = parts.front();
     const Dimension& dimension = first.outer();
     const std::string dimensionName = *dimension.name ? dimension.name : "entry";
@@ -348,22 +335,18 @@ std::size_t TypeWriter::entries(const std::vector<Part>& parts) {
     const std::string id = isOneField ? first.field->name : unique("per_" + dimensionName);
     const std::string type = isOneField ? id + "_row" : id.substr(4) + "_entry";
     TypeWriter entry(forms_, form_, indent_ + "    ");
-    entry.write(inner, first.offset, first.offset + dimension.stride);
+    entry.write(inner, false);
     types_ += indent_ + "  " + type + ":\n" + entry.text();
     attribute(id, type, dimension.extent);
-    return std::size_t{dimension.extent} * dimension.stride;
 }
 
-void TypeWriter::write(const std::vector<Part>& parts, std::size_t start, std::size_t end) {
+void TypeWriter::write(const std::vector<Part>& parts, bool isRecord) {
     for (const Part& part : parts)
         ids_.insert(part.field->name);
     std::vector<Part> left = parts;
     std::ranges::stable_sort(left, {}, &Part::offset);
-    std::size_t at = start;
     while (!left.empty()) {
         const Part first = left.front();
-        if (first.offset > at)
-            gap(at, first.offset);
         const auto isTogether = [&](const Part& part) {
             if (first.rank() == 0 || part.rank() == 0)
                 return part.rank() == first.rank() && part.offset == first.offset;
@@ -373,22 +356,17 @@ void TypeWriter::write(const std::vector<Part>& parts, std::size_t start, std::s
         std::vector<Part> together;
         std::ranges::copy_if(left, std::back_inserter(together), isTogether);
         std::erase_if(left, isTogether);
-        if (end == 0 && left.empty() && first.rank() > 0)
+        if (isRecord && left.empty() && first.rank() > 0)
             lastArrayEnds_ = first.offset - headerSize + std::size_t{first.outer().extent} * first.outer().stride;
         const bool isPlain = together.size() == 1 && first.field->bits == 0 && first.rank() == 1 &&
                              first.outer().stride == first.field->width;
-        if (first.rank() == 0) {
+        if (first.rank() == 0)
             word(together);
-            at = first.offset + first.field->width;
-        } else if (isPlain) {
+        else if (isPlain)
             array(first);
-            at = first.offset + first.span();
-        } else {
-            at = first.offset + entries(together);
-        }
+        else
+            entries(together);
     }
-    if (at < end)
-        gap(at, end);
 }
 
 std::string TypeWriter::text() const {
@@ -405,7 +383,7 @@ std::string typeOfForm(const BlockForms& forms, const BlockForm& form, const std
     for (const Field& field : form.layout.fields())
         parts.push_back({&field, field.offset});
     TypeWriter writer(forms, form, "    ");
-    writer.write(parts, headerSize, 0);
+    writer.write(parts, true);
     const std::string keys = form.keys();
     return "  " + name + ":\n    doc: " +
            quoted(form.ids() + (keys.empty() ? "" : ' ' + keys) + ", " + std::to_string(form.size) + " bytes in all") +

@@ -61,7 +61,7 @@ bool storeBits(std::span<char> block, const Field& field, std::size_t offset, do
     if (!bytes::inside(block.size(), offset, width))
         return false;
     std::memcpy(&word, block.data() + offset, width);
-    const std::uint32_t mask = (field.bits >= 32 ? ~0U : (1U << field.bits) - 1) << field.shift;
+    const auto mask = static_cast<std::uint32_t>(((std::uint64_t{1} << field.bits) - 1) << field.shift);
     const auto value = static_cast<std::uint32_t>(static_cast<std::int64_t>(number));
     word = (word & ~mask) | ((value << field.shift) & mask);
     std::memcpy(block.data() + offset, &word, width);

@@ -193,13 +193,7 @@ FieldValues ImageValues::shape(const ImageBlock& block, const BlockLayout& layou
         } else if (dimension.axisBlock != 0) {
             axis = axisOf(dimension.axisBlock, d > 0 ? field.dimensions[0].name : "");
         }
-        if (!dimension.count && axis && !axis->byRow.empty() && axis->byRow.size() == field.dimensions[0].extent &&
-            axis->size() <= made.extent) {
-            made.used = static_cast<unsigned int>(axis->size());
-            values.variesIn = d;
-            for (const std::vector<double>& row : axis->byRow)
-                values.usedByRow.push_back(static_cast<unsigned int>(row.size()));
-        } else if (!dimension.count) {
+        if (!dimension.count) {
             made.used = axis && axis->size() <= made.extent ? static_cast<unsigned int>(axis->size()) : made.extent;
         } else if (d == 0) {
             made.used = usedEntries(block.bytes, fields, dimension);
