@@ -11,6 +11,7 @@
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 /// A resizable array of plain elements with explicit sharing, with the names and the behaviour that Qt 3 users know.
 ///
@@ -51,6 +52,11 @@ public:
         ++other.shared->refs; // first: other may be this array
         release();
         shared = other.shared;
+        return *this;
+    }
+    /// Takes the elements of other, which gets this array's.
+    QMemArray& operator=(QMemArray&& other) noexcept {
+        std::swap(shared, other.shared);
         return *this;
     }
     QMemArray& assign(const QMemArray& other) noexcept { return *this = other; }
