@@ -173,7 +173,7 @@ public:
         command_
             .add_option("--threshold", question_.threshold,
                         "From how many sigmas on a value lies outside; 6 by default")
-            ->check(CLI::PositiveNumber)
+            ->check(takesOnly<double>([](double sigmas) { return sigmas > 0; }, "takes a number above 0"))
             ->type_name("SIGMAS");
         command_.footer(
             "Each point is compared with the same point of all modules, by the median and the median\n"
@@ -270,11 +270,9 @@ public:
                         "Only the points at this place on the axis: 3e9, \"3 GHz\"; its number "
                         "where points have none")
             ->type_name("PLACE");
-        command_.add_option("--over", question_.over, "serial: a slope is a serial number's; date: a year's")
-            ->transform(CLI::CheckedTransformer(std::map<std::string, Travik::TrendQuestion::Over>{
-                                                    {"serial", Travik::TrendQuestion::Over::SerialNumber},
-                                                    {"date", Travik::TrendQuestion::Over::ProductionDate}})
-                            .description(""))
+        using Over = Travik::TrendQuestion::Over;
+        addWordOption<Over>(command_, "--over", question_.over, "serial: a slope is a serial number's; date: a year's",
+                            {{"serial", Over::SerialNumber}, {"date", Over::ProductionDate}}, "serial and date")
             ->type_name("serial|date");
         command_.footer(
             "The line is Theil and Sen's: its slope is the median of the slopes of all pairs of modules, its\n"
@@ -343,7 +341,10 @@ private:
 class Wear : public Question {
 public:
     explicit Wear(CLI::App& fleet) : Question(fleet, "wear", "Which modules wear fastest, by their counters") {
-        command_.add_option("--limit", limit_, "Only the first so many")->type_name("N")->check(CLI::PositiveNumber);
+        command_.add_option("--limit", limit_, "Only the first so many")
+            ->type_name("N")
+            ->check(
+                takesOnly<std::size_t>([](std::size_t limit) { return limit > 0; }, "takes a whole number above 0"));
         command_.footer("Sorted by how much a counter grew in 1000 operating hours.");
     }
 
