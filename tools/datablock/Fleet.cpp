@@ -136,8 +136,10 @@ protected:
 
     virtual int ask(const FleetDatabase& database) = 0;
     virtual Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) = 0;
-    /// What a page that could be written means.
-    virtual int pageStatus(const FleetDatabase& /*database*/) const { return AllWell; }
+    /// What a page that could be written means: the same as the answer as text.
+    virtual int pageStatus(const FleetDatabase& /*database*/, const Travik::ReportDocuments& /*page*/) const {
+        return AllWell;
+    }
 
 private:
     std::string page_;
@@ -152,7 +154,7 @@ private:
         if (!reportWriting(page_, writeImage(page_, reportPage(documents, generator))))
             return CallFailed;
         std::cerr << InLine{page_} << ": " << InLine{documents.title} << '\n';
-        return pageStatus(database);
+        return pageStatus(database, documents);
     }
 };
 
@@ -161,6 +163,11 @@ int noBlock(const std::vector<std::string>& blocks) {
     for (const std::string& block : blocks)
         std::cerr << ' ' << InLine{block};
     std::cerr << '\n';
+    return DataWrong;
+}
+
+int noTrend() {
+    std::cerr << "datablock: no such field, row or point in five modules that differ in what it is asked over\n";
     return DataWrong;
 }
 
@@ -200,6 +207,10 @@ private:
         question_.blocks = Travik::BlockSelector(blocks_);
         question_.filter = filter_;
         return Travik::outlierReport(database, question_, generator);
+    }
+
+    int pageStatus(const FleetDatabase& /*database*/, const Travik::ReportDocuments& page) const override {
+        return page.blocks.empty() ? noBlock(blocks_) : AllWell;
     }
 
     void writeJson(const Travik::OutlierAnswer& answer) const {
@@ -294,10 +305,7 @@ private:
             writeJson(trends);
         else if (!trends.empty())
             writeTable(trends);
-        if (trends.empty())
-            std::cerr
-                << "datablock: no such field, row or point in five modules that differ in what it is asked over\n";
-        return trends.empty() ? DataWrong : AllWell;
+        return trends.empty() ? noTrend() : AllWell;
     }
 
     Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) override {
@@ -305,6 +313,10 @@ private:
         question_.blocks = Travik::BlockSelector(blocks_);
         question_.filter = filter_;
         return Travik::trendReport(database, question_, generator);
+    }
+
+    int pageStatus(const FleetDatabase& /*database*/, const Travik::ReportDocuments& page) const override {
+        return page.blocks.empty() ? noTrend() : AllWell;
     }
 
     const char* over() const { return question_.over == Travik::TrendQuestion::Over::SerialNumber ? "serial" : "date"; }
@@ -411,7 +423,7 @@ private:
         return Travik::damageReport(database, filter_, generator);
     }
 
-    int pageStatus(const FleetDatabase& database) const override {
+    int pageStatus(const FleetDatabase& database, const Travik::ReportDocuments& /*page*/) const override {
         return Travik::damagedImages(database, filter_).empty() ? AllWell : DataWrong;
     }
 
