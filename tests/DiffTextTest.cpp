@@ -185,4 +185,40 @@ TEST(DiffText, SaysItInTheseWords) {
         "behind the last block  changed: 1 byte\nblocks: 2 same (1 of them within the tolerance)\n");
 }
 
+// Numbers that look alike, sums that are wrong either way, and what only one of the images goes as far as.
+TEST(DiffText, TellsWhatLooksTheSame) {
+    const Bytes board = sample("rf-board");
+    const Bytes tables = sample("second-edition");
+    const auto changed = [](Bytes bytes, std::initializer_list<std::size_t> places) {
+        for (const std::size_t place : places)
+            bytes[place] = static_cast<char>(bytes[place] ^ 1);
+        return bytes;
+    };
+    const auto cut = [](Bytes bytes, std::size_t size) {
+        bytes.resize(size);
+        return bytes;
+    };
+    constexpr std::size_t frequencies = 1772; // 15715: 128 of 4 bytes behind 16
+    const struct {
+        Bytes before;
+        Bytes after;
+        std::string text;
+    } rows[] = {
+        {tableOf(10, nan1), tableOf(10, nan2), "nan (01 00 00 00 00 00 f8 7f) -> nan (02 00 00 00 00 00 f8 7f)\n"},
+        {tableOf(10, nan1), tableOf(10, 1.5), "nan -> 1.5\n"},
+        {tableOf(10, infinity), tableOf(10, 1.5), "inf -> 1.5\n"},
+        {tableOf(10, 1.0), tableOf(10, 12345.6), "1 -> 12345.6  (+12345)\n"},
+        {tableOf(10, 1e15), tableOf(10, -1.0), "1e+15 -> -1  (-1e+15)\n"},
+        {changed(tables, {48}), changed(tables, {48, 144}), "sums with a CRC-32 that holds -> without\n"},
+        {changed(tables, {48, 144}), changed(tables, {48}), "sums without a CRC-32 that holds -> with\n"},
+        {tables, changed(tables, {144}), "sums hold -> are wrong\n"},
+        {board, assigned(board, "15715.values[1][0]=10000"), "  9.9 kHz -> 10 kHz  (+100)\n"},
+        {cut(board, frequencies + 16 + 4 * 128), cut(board, frequencies + 16 + 4 * 127), "3 GHz -> none\n"},
+        {cut(board, frequencies + 16 + 4 * 127), cut(board, frequencies + 16 + 4 * 128), "none -> 3 GHz\n"},
+        {cut(board, frequencies + 16 + 4 * 50), cut(board, frequencies + 16 + 4 * 128), "  values  78 only in b\n"},
+    };
+    for (const auto& row : rows)
+        EXPECT_THAT(diffText(ImageDiff(row.before, row.after), {"a", "b"}), HasSubstr(row.text));
+}
+
 } // namespace DiffTextTest
