@@ -93,6 +93,9 @@ TEST(OddImages, AreShownAsFarAsTheyFit) {
         {"fewer points than labels", changed("main-board", {"12230.counts[1]=2"}), 12230, "c1", false,
          "  c1 (filter 0)  by point, not fitting PATH_A_RF_RESPONSE_LP_FREQ (12210)  and iq_peak_level\n",
          "point,filter,c1[0],c1[1],c1[2],c1[3]\r\n0,0,0.14666666666666667,"},
+        {"fewer labels than points", changed("main-board", {"12210.counts[1]=2"}), 12230, "c1", false,
+         "  c1 (filter 0)  by point, not fitting PATH_A_RF_RESPONSE_LP_FREQ (12210)  and iq_peak_level\n",
+         "point,filter,c1[0],c1[1],c1[2],c1[3]\r\n0,0,0.14666666666666667,"},
         {"the whole of it", changed("rf-board", {"15716.columns=1", "15715.rows=1"}), 15716, "values", true,
          "  values  by RFBO_RFLEVEL_MAX_FREQ (15715)  and row\n",
          "RFBO_RFLEVEL_MAX_FREQ (Hz),values[0],values[1]\r\n"
