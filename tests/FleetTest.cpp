@@ -382,7 +382,7 @@ TEST(Questions, ATrendIsOfWhatIsAskedFor) {
         }
     }
     TrendQuestion question;
-    for (const char* const label : {"", "x", "3 parsecs", "GHz", "9 kHz 1"}) {
+    for (const char* const label : {"", "x", "3 parsecs", "GHz", "9 kHz 1", "nan", "inf GHz"}) {
         question.at = label;
         EXPECT_THROW(trends(opened, question), FleetError) << label;
     }
