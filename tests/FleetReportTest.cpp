@@ -319,6 +319,8 @@ TEST(FleetReport, DrawsAHundredLinesAtMost) {
     question.blocks = BlockSelector({"15716", "15725"});
     const Page many(trendReport(opened, question, "test"));
     EXPECT_THAT(many.head["remarks"].dump(), testing::HasSubstr("Lines are drawn of the first 100 of 606 points"));
+    question.at = "1 Hz";
+    EXPECT_TRUE(Page(trendReport(opened, question, "test")).blocks.empty()) << "no line, no block";
     question.row = 1;
     question.at = "9 kHz";
     const Page one(trendReport(opened, question, "test"));
