@@ -274,4 +274,75 @@ TEST(FleetReport, TellsWhatDoesNotVerify) {
         "group": "Verification", "label": "Problem", "value": "offset 1984, block 11313: wrong checksum", "mark": "damaged"})"));
 }
 
+// A module that does not say who it is has its path as a name, and a kind that has none; what is not meant is left out.
+TEST(FleetReport, HasModulesThatHaveNoName) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    for (int i = 0; i < 6; ++i)
+        write(folder / "images/" + std::to_string(i),
+              changed("rf-board.bin", {"2.serial_number=" + std::to_string(i)}).substr(44));
+    write(folder / "images/named", changed("rf-board.bin", {"2.serial_number=0", "2.product_index=0"}));
+    write(folder / "images/other", changed("rf-board.bin", {"2.name=OTHER", "15725.values[0][0]=7"}));
+    collected(database, {folder / "images"});
+    const FleetDatabase opened(database, FleetDatabase::Access::Read);
+    OutlierQuestion question;
+    question.blocks = BlockSelector({"RFBO_ALC_DATA"});
+    const Page page(outlierReport(opened, question, "test"));
+    // The same bytes are the same module, whatever their path: six of eight have no number of their own.
+    EXPECT_EQ(page.head["kinds"], Support::parsed(R"(["not named", "RFBO", "OTHER"])"));
+    const Page::Json& first = page.head["sources"][0];
+    EXPECT_EQ(first["title"], first["name"]);
+    EXPECT_FALSE(first.contains("facts") && !first["facts"].empty()) << first;
+    const auto named = std::ranges::find(page.head["sources"], "RFBO", [](const auto& one) { return one["title"]; });
+    ASSERT_NE(named, page.head["sources"].end());
+    EXPECT_EQ((*named)["facts"].size(), 2U) << *named; // its name and date
+    question.filter.name = "OTHER";
+    question.blocks = BlockSelector({"15726"});
+    const Page only(outlierReport(opened, question, "test"));
+    EXPECT_EQ(only.head["title"], "0 of 1 module outside");
+    EXPECT_EQ(only.head["sources"].size(), 1U);
+    EXPECT_EQ(Page(damageReport(opened, question.filter, "test")).head["title"], "0 of 1 image do not verify");
+}
+
+// Of many points only some have lines; each says at which place, and of which row.
+TEST(FleetReport, DrawsAHundredLinesAtMost) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    for (int i = 1; i <= 5; ++i)
+        write(folder / "images/" + std::to_string(i),
+              changed("rf-board.bin",
+                      {"2.serial_number=" + std::to_string(i), "15716.values[1][0]=" + std::to_string(2 * i)}));
+    collected(database, {folder / "images"});
+    const FleetDatabase opened(database, FleetDatabase::Access::Read);
+    TrendQuestion question;
+    question.fields = NameSelector({"values"});
+    question.blocks = BlockSelector({"15716", "15725"});
+    const Page many(trendReport(opened, question, "test"));
+    EXPECT_THAT(many.head["remarks"].dump(), testing::HasSubstr("Lines are drawn of the first 100 of 606 points"));
+    question.at = "1 Hz";
+    EXPECT_TRUE(Page(trendReport(opened, question, "test")).blocks.empty()) << "no line, no block";
+    question.row = 1;
+    question.at = "9 kHz";
+    const Page one(trendReport(opened, question, "test"));
+    ASSERT_EQ(one.blocks.size(), 2U);
+    EXPECT_TRUE(one.blocks[0]["fields"].empty()) << "rows and columns are not asked for";
+    const Page::Json& table = one.blocks[1]["tables"][0];
+    EXPECT_EQ(table["name"], "values, 1 at 9 kHz");
+    EXPECT_EQ(table["curves"][1]["values"], Support::parsed("[[2, 4, 6, 8, 10]]"));
+}
+
+// Where a counter lacks, so does its text; hours that were never recorded are not shown.
+TEST(FleetReport, HasCountersOfModulesWithoutHours) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    write(folder / "images/1", changed("step-attenuator.bin", {"300.operating_hours=4294967295"}));
+    write(folder / "images/2",
+          changed("step-attenuator.bin", {"2.serial_number=2", "11302.counter_value[1]=4294967295"}));
+    collected(database, {folder / "images"});
+    const Page page(wearReport(FleetDatabase(database, FleetDatabase::Access::Read), {}, "test"));
+    EXPECT_EQ(page.namesOf(page.blocks[0]), (std::vector<std::string>{"2", "1"}));
+    EXPECT_EQ(named(page.blocks[0]["fields"], "operating_hours")->at("texts"), Support::parsed(R"(["10456 h", ""])"));
+    EXPECT_EQ(named(page.blocks[0]["fields"], "sattc_high_power[1]")->at("texts"), Support::parsed(R"(["", "6"])"));
+}
+
 } // namespace FleetReportTest

@@ -5,6 +5,7 @@
 #include <travik/fleet/JsonLines.h>
 #include <travik/fleet/Questions.h>
 #include <travik/fleet/TrendLine.h>
+#include <travik/service/ImageChange.h>
 #include <travik/service/RobustStatistics.h>
 
 #include <sqlite3.h>
@@ -305,6 +306,86 @@ TEST(Questions, EachModuleCountsWithItsLatestImage) {
     EXPECT_EQ(answer.outliers[1].module.serialNumber, 6);
     question.filter.name = "none";
     EXPECT_EQ(outliers(opened, question).points, 0U);
+}
+
+TEST(FleetRows, HoldWhatIsCutOffAsFarAsItGoes) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    const std::string board = sampleBytes("rf-board.bin");
+    write(folder / "images/cut", board.substr(44, 2300 - 44 + 16 + 4 + 3));
+    write(folder / "images/main", sampleBytes("main-board.bin"));
+    std::string damaged = sampleBytes("second-edition.bin");
+    damaged[144] ^= 1;
+    write(folder / "images/damaged", damaged);
+    collected(database, {folder / "images"});
+    const struct {
+        std::string sql;
+        std::string answer;
+    } rows[] = {
+        {"SELECT checksum, crc, blocks.problems > 0 FROM blocks JOIN images USING (image) WHERE path LIKE '%/cut' AND "
+         "key = "
+         "'RFBO_RFLEVEL_MAX_DATA'",
+         "cut off|-|1"},
+        {"SELECT row, points, point_values FROM curves JOIN images USING (image) WHERE path LIKE '%/cut' AND key = "
+         "'RFBO_RFLEVEL_MAX_DATA'",
+         "0|1|[19.5]\n1|0|[]"},
+        {"SELECT checksum, crc FROM blocks WHERE key = 'USER_40100'", "wrong|wrong"},
+        {"SELECT row_label FROM curves WHERE key = 'PATH_A_RF_RESPONSE_LP_AMP' AND field = 'c1' AND row IN (0, 5)",
+         "0, filter 0\n1, filter 1"},
+        {soundly, "ok"},
+    };
+    for (const auto& [sql, answer] : rows)
+        EXPECT_EQ(asked(database, sql), answer) << sql;
+}
+
+/// Values of points over serial numbers and dates.
+TEST(Questions, ATrendIsOfWhatIsAskedFor) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    for (int i = 1; i <= 6; ++i) {
+        const std::string number = std::to_string(i);
+        std::vector<Assignment> assignments;
+        for (const std::string& text : {"2.serial_number=" + number, "2.product_date=201" + number + "-01-01",
+                                        "15716.values[1][0]=" + number, "15750.values[0][0]=" + number})
+            assignments.push_back(parseAssignment(text));
+        const std::string bytes = sampleBytes("rf-board.bin");
+        std::vector<char> image(bytes.begin(), bytes.end());
+        EXPECT_TRUE(assignValues(image, assignments).succeeded());
+        // The last one does not say who it is, nor when it was made.
+        write(folder / "images/" + number, std::string(image.begin() + (i == 6 ? 44 : 0), image.end()));
+    }
+    collected(database, {folder / "images"});
+    const FleetDatabase opened(database, FleetDatabase::Access::Read);
+    const struct {
+        const char* block;
+        std::optional<std::int64_t> row;
+        std::optional<std::string> at;
+        std::size_t found;
+    } rows[] = {
+        {"15716", {}, {}, 256},      {"15716", 1, {}, 128},       {"15716", 1, "9 kHz", 1},   {"15716", {}, "9000", 2},
+        {"15716", 1, "0.009MHz", 1}, {"15716", 1, "9e-6 GHz", 1}, {"15716", 1, "9000 Hz", 1}, {"15716", 1, "9001", 0},
+        {"15716", 9, "9 kHz", 0},    {"15750", {}, "0", 1},       {"15750", {}, "49", 1},     {"15750", {}, "50", 0},
+        {"15750", {}, "0.5", 0},     {"15750", {}, "0 Hz", 0},    {"15750", {}, "1 GHz", 0},  {"IDENT_2", {}, {}, 0},
+    };
+    for (const auto& row : rows) {
+        TrendQuestion question;
+        question.fields = NameSelector({"values"});
+        question.blocks = BlockSelector({row.block});
+        question.row = row.row;
+        question.at = row.at;
+        for (const auto over : {TrendQuestion::Over::SerialNumber, TrendQuestion::Over::ProductionDate}) {
+            question.over = over;
+            const std::vector<Trend> found = trends(opened, question);
+            EXPECT_EQ(found.size(), row.found) << row.block << ' ' << row.at.value_or("");
+            for (const Trend& trend : found)
+                EXPECT_EQ(trend.modules, 5U);
+        }
+    }
+    TrendQuestion question;
+    for (const char* const label : {"", "x", "3 parsecs", "GHz", "9 kHz 1", "nan", "inf GHz"}) {
+        question.at = label;
+        EXPECT_THROW(trends(opened, question), FleetError) << label;
+    }
 }
 
 TEST(Statistics, FollowTheirFormulas) {

@@ -1,183 +1,25 @@
-#include <travik/service/ImageFile.h>
-#include <travik/service/ImageWriter.h>
+#include "Writers.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fcntl.h>
-#include <grp.h>
-#include <linux/filter.h>
 #include <linux/loop.h>
-#include <linux/seccomp.h>
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/sysmacros.h>
-#include <sys/wait.h>
-#include <sys/xattr.h>
-#include <unistd.h>
 
-#include <array>
 #include <csignal>
-#include <cstddef>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <functional>
 #include <random>
-#include <set>
 
 namespace ImageWriterTest {
 
 using namespace Travik;
+using namespace Writers;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Matcher;
 
-namespace fs = std::filesystem;
-
-using Bytes = std::vector<char>;
-
-Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
-
-/// A folder of its own with an image in it; the working directory meanwhile.
-class ImageWriter : public testing::Test {
-public:
-    ImageWriter() : before_(fs::current_path()) {
-        std::string name = fs::temp_directory_path() / "travik-writer-XXXXXX";
-        folder_ = ::mkdtemp(name.data());
-        fs::permissions(folder_, fs::perms::all);
-        fs::current_path(folder_);
-        put("image", "old bytes");
-    }
-    ~ImageWriter() override {
-        fs::current_path(before_);
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
-
-protected:
-    static void put(const std::string& path, std::string_view bytes) {
-        const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ASSERT_EQ(::write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size())) << path;
-        ::close(file);
-    }
-
-    static std::string get(const std::string& path) {
-        Bytes bytes;
-        const std::string why = readImageFile(path, bytes);
-        return why.empty() ? std::string(bytes.begin(), bytes.end()) : why;
-    }
-
-    static std::set<std::string> names(const std::string& folder = ".") {
-        std::set<std::string> all;
-        for (const auto& entry : fs::directory_iterator(folder))
-            all.insert(entry.path().filename());
-        return all;
-    }
-
-    static WriteReport change(const std::string& path, std::string_view bytes, const WriteOptions& options = {}) {
-        ImageEdit edit(path, 100);
-        edit.bytes() = bytesOf(bytes);
-        return edit.commit(options);
-    }
-
-private:
-    fs::path before_;
-    fs::path folder_;
-};
-
-struct stat statusOf(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
-    return status;
-}
-
-constexpr int skipped = 77;
-
-// Only there where lines are counted (./dev coverage).
-extern "C" [[gnu::weak]] void __gcov_init(void*); // NOLINT(bugprone-reserved-identifier)
-
-/// Ends a process made by fork(), whose counts of lines are written as it ends of itself.
-[[noreturn]] void endChild(int status) {
-    const rlimit unlimited{.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
-    if (__gcov_init && ::setrlimit(RLIMIT_FSIZE, &unlimited) == 0)
-        std::exit(status); // NOLINT(concurrency-mt-unsafe)
-    ::_exit(status);
-}
-
-/// Runs the function in a process of its own, whose rights and limits are then its own, too. What it expects is said
-/// on standard error.
-void inChild(const std::function<void()>& function) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        function();
-        endChild(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == skipped)
-        GTEST_SKIP() << "not allowed on this machine";
-    EXPECT_EQ(status, 0);
-}
-
-/// A system call that fails from now on in this process; where a mask is set, only if its argument has all of its bits.
-struct Fault {
-    int call;
-    int error;
-    unsigned int argument = 0;
-    unsigned int mask = 0;
-};
-
-void inject(const std::vector<Fault>& faults) {
-    ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
-    for (const Fault& fault : faults) {
-        const auto offset = static_cast<unsigned int>(offsetof(seccomp_data, args) + std::size_t{8} * fault.argument);
-        std::array<sock_filter, 7> filter{
-            sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned int>(fault.call), 0, 4),
-            BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offset),
-            BPF_STMT(BPF_ALU | BPF_AND | BPF_K, fault.mask),
-            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, fault.mask, 0, 1),
-            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned int>(fault.error)),
-            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-        const sock_fprog program{.len = filter.size(), .filter = filter.data()};
-        if (::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
-            ::_exit(skipped);
-    }
-}
-
-constexpr unsigned int withoutName = O_TMPFILE & ~O_DIRECTORY;
-const std::vector<Fault> mountPoint{{SYS_renameat, EBUSY}, {SYS_renameat2, EBUSY}};
-const Fault noFilesWithoutName{SYS_openat, EOPNOTSUPP, 2, withoutName};
-
-/// An access control list: the owner rw, user 12345 as said, the group r, others nothing.
-std::string accessList(unsigned short user) {
-    std::string list("\2\0\0\0", 4);
-    const auto entry = [&](unsigned short tag, unsigned short rights, unsigned int id) {
-        list.append(reinterpret_cast<const char*>(&tag), 2).append(reinterpret_cast<const char*>(&rights), 2);
-        list.append(reinterpret_cast<const char*>(&id), 4);
-    };
-    constexpr unsigned int nobody = 0xFFFFFFFF;
-    entry(1, 6, nobody);
-    entry(2, user, 12345);
-    entry(4, 4, nobody);
-    entry(16, 7, nobody);
-    entry(32, 0, nobody);
-    return list;
-}
-
-std::string attribute(const std::string& path, const char* name) {
-    std::string value(256, '\0');
-    const ssize_t length = ::getxattr(path.c_str(), name, value.data(), value.size());
-    return length < 0 ? "none" : value.substr(0, static_cast<std::size_t>(length));
-}
+using ImageWriter = ImageFolder;
 
 /// A block device over a file; without a path where the machine has none to give.
 class LoopDevice {
@@ -206,15 +48,6 @@ private:
     int device_ = -1;
     std::string path_;
 };
-
-constexpr unsigned int nobody = 65534;
-
-/// Gives up the superuser's rights, or skips where there are none to give up.
-void becomeNobody() {
-    if (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0 ||
-        ::setresuid(nobody, nobody, nobody) != 0)
-        ::_exit(skipped);
-}
 
 TEST_F(ImageWriter, ReplacesAFileWholeAndKeepsWhatBelongsToIt) {
     fs::create_symlink("image", "link");
@@ -260,7 +93,13 @@ TEST_F(ImageWriter, FindsItsPlace) {
     EXPECT_THAT(change("folder/" + longest, "third", {.backup = ""}).error, HasSubstr("File name too long"));
     EXPECT_TRUE(isSameFile("chain", "./later"));
     EXPECT_FALSE(isSameFile("chain", "image"));
-    EXPECT_FALSE(isSameFile("none", "none"));
+    for (const auto& [one, other] : {std::pair("none", "none"),
+                                     {"none", "image"},
+                                     {"image", "none"},
+                                     {"-", "image"},
+                                     {"image", "-"},
+                                     {"image", "/dev/null"}})
+        EXPECT_FALSE(isSameFile(one, other)) << one << ' ' << other;
 
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
     for (const std::string path : {"loop", "folder", "folder/", ".", "..", "", "none/image", "pipe", "/dev/null"}) {
@@ -430,84 +269,6 @@ TEST_F(ImageWriter, ALeftOverIsRemovedByTheNext) {
     EXPECT_TRUE(fs::is_directory(name));
 }
 
-TEST_F(ImageWriter, SystemCallsThatFailHarmNothing) {
-    struct Case {
-        std::vector<Fault> faults;
-        std::string error; ///< "" where the writing succeeds all the same
-        std::string warning{};
-        bool withBackup = false;
-    };
-    constexpr unsigned int ofTheImage =
-        7; // of its 23 bytes: a sanitizer looks at memory by writing 8 or 16 bytes of it
-    const Case cases[] = {
-        {{noFilesWithoutName}, ""},
-        {{{SYS_openat, EACCES, 2, withoutName}}, "nothing can be written beside it"},
-        {{{SYS_openat, ENOSPC, 2, withoutName}}, "No space left"},
-        {{noFilesWithoutName, {SYS_openat, ENOSPC, 2, O_EXCL}}, "No space left"},
-        {{{SYS_flock, ENOLCK}}, ""},
-        {{{SYS_write, ENOSPC, 2, ofTheImage}}, "No space left"},
-        {{noFilesWithoutName, {SYS_write, ENOSPC, 2, ofTheImage}}, "No space left"},
-        {{{SYS_fsync, EIO}}, "Input/output error"},
-        {{{SYS_linkat, EPERM}}, "nothing can be written beside it"},
-        {{{SYS_renameat, EACCES}, {SYS_renameat2, EACCES}}, "nothing can be written beside it"},
-        {{noFilesWithoutName, {SYS_renameat, EIO}, {SYS_renameat2, EIO}}, "Input/output error"},
-        {{{SYS_fsetxattr, ENOSPC}}, "", "extended attribute user.note cannot be kept: No space left on device"},
-        {{{SYS_fremovexattr, EIO}}, "access control list"},
-        {mountPoint, "asks for a backup"},
-        {mountPoint, "", "cannot be replaced, was written in place", true},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE("call " + std::to_string(test.faults.back().call) + ": " + test.error + test.warning);
-        fs::remove("image~");
-        put("image", "old bytes");
-        ::chmod("image", 0604); // narrower than what a new file gets before it has its rights
-        ::setxattr("image", "user.note", "x", 1, 0);
-        inChild([&] {
-            inject(test.faults);
-            const WriteReport report =
-                change("image", "new bytes, more of them",
-                       {.backup = test.withBackup ? std::optional<std::string>("") : std::nullopt});
-            EXPECT_THAT(report.error,
-                        test.error.empty() ? Matcher<const std::string&>(IsEmpty()) : HasSubstr(test.error));
-            EXPECT_EQ(report.warnings, test.warning.empty() ? std::vector<std::string>() : std::vector{test.warning});
-        });
-        EXPECT_EQ(get("image"), test.error.empty() ? "new bytes, more of them" : "old bytes");
-        EXPECT_EQ(statusOf("image").st_mode & 0777U, 0604U);
-        EXPECT_EQ(names().size(), test.withBackup ? 2U : 1U);
-    }
-}
-
-// How every call may fail is tested on `writeInPlace`; here, that it is what writes, and what stays beside the file.
-TEST_F(ImageWriter, WritingInPlaceThatFailsIsUndone) {
-    struct Case {
-        Fault fault; ///< of two changed bytes the second cannot be written; nothing can be read back
-        std::string error;
-    };
-    const Case cases[] = {
-        {{SYS_pwrite64, EIO, 3, 8},
-         "cannot be written at offset 8: Input/output error; the old bytes were written back; the old bytes are in "
-         "kept"},
-        {{SYS_pread64, EIO},
-         "cannot be read back at offset 0: Input/output error; the old bytes could not be written back, offsets 0 to 8 "
-         "are unknown; the old bytes are in kept"},
-    };
-    for (const Case& test : cases) {
-        for (const bool isAskedFor : {true, false}) {
-            inChild([&] {
-                inject(mountPoint);
-                inject({test.fault});
-                const WriteReport report = change("image", "Old byteS", {.backup = "kept", .inPlace = isAskedFor});
-                EXPECT_EQ(report.error, test.error);
-            });
-            if (IsSkipped())
-                return;
-            EXPECT_EQ(get("image"), "old bytes");
-            EXPECT_EQ(get("kept"), "old bytes");
-            fs::remove("kept");
-        }
-    }
-}
-
 TEST_F(ImageWriter, WritesInPlaceWhereAskedTo) {
     fs::create_hard_link("image", "other");
     const ino_t inode = statusOf("image").st_ino;
@@ -537,21 +298,6 @@ TEST_F(ImageWriter, WritesInPlaceWhereAskedTo) {
     put("image", "new BYTES");
     EXPECT_THAT(edit.commit({.backup = "more", .inPlace = true}).error, HasSubstr("was changed by another program"));
     EXPECT_EQ(get("image"), "new BYTES");
-}
-
-// Where nothing can be made beside the file, that is what would do.
-TEST_F(ImageWriter, SaysWhereWritingInPlaceWouldDo) {
-    for (const Fault& fault : {Fault{SYS_openat, EACCES, 2, withoutName}, Fault{SYS_renameat, EBUSY}}) {
-        inChild([&] {
-            inject({fault});
-            EXPECT_TRUE(change("image", "new bytes").wouldDoInPlace);
-            EXPECT_FALSE(change("image", "longer bytes").wouldDoInPlace);
-            if (fault.error == EACCES) {
-                EXPECT_TRUE(change("image", "new bytes", {.backup = ""}).wouldDoInPlace);
-            }
-        });
-    }
-    EXPECT_EQ(get("image"), "old bytes");
 }
 
 // A loop device stands for a flash partition.
@@ -640,63 +386,6 @@ TEST_F(ImageWriter, KeepsOwnerGroupAndAccessList) {
     EXPECT_EQ(change("plain", "new").error, "");
     EXPECT_EQ(attribute("plain", "system.posix_acl_access"), "none");
     EXPECT_EQ(statusOf("plain").st_mode & 0777U, 0660U);
-}
-
-TEST_F(ImageWriter, RightsOfOthersDoNotWiden) {
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only the superuser gives files and rights away";
-    struct Case {
-        unsigned int owner, group;
-        mode_t mode;
-        std::string error;   ///< part of it; "" where the writing succeeds
-        std::string warning; ///< part of it
-    };
-    const Case cases[] = {
-        {nobody, nobody, 0640, "", ""},
-        {nobody, nobody, 0440, "cannot be written: Permission denied", ""},
-        {0, 0, 0644, "cannot be written: Permission denied", ""},
-        {0, nobody, 0664, "", "owner 0 cannot be kept, it is now 65534"},
-        {nobody, 0, 0644, "", "group 0 cannot be kept, it is now 65534"},
-        {nobody, 0, 0660, "group 0 cannot be kept, it is now 65534, whose members would get rights", ""},
-        {nobody, 0, 0604, "whose members would get rights", ""},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(std::to_string(test.mode) + test.error + test.warning);
-        put("image", "old bytes");
-        ASSERT_EQ(::chown("image", test.owner, test.group), 0);
-        ::chmod("image", test.mode);
-        inChild([&] {
-            becomeNobody();
-            const WriteReport report = change("image", "new");
-            EXPECT_THAT(report.error,
-                        test.error.empty() ? Matcher<const std::string&>(IsEmpty()) : HasSubstr(test.error));
-            ASSERT_EQ(report.warnings.size(), test.warning.empty() ? 0U : 1U);
-            if (!report.warnings.empty()) {
-                EXPECT_THAT(report.warnings[0], HasSubstr(test.warning));
-            }
-        });
-        EXPECT_EQ(get("image"), test.error.empty() ? "new" : "old bytes");
-        EXPECT_THAT(names(), ElementsAre("image"));
-        ASSERT_EQ(::chown("image", 0, 0), 0);
-    }
-    // A folder that cannot be written to.
-    ASSERT_EQ(::chown("image", nobody, nobody), 0);
-    ::chmod(".", 0755);
-    inChild([] {
-        becomeNobody();
-        EXPECT_THAT(change("image", "newest").error, HasSubstr("nothing can be written beside it: Permission denied"));
-        EXPECT_THAT(writeImageFile("fresh", Bytes(3)).error, HasSubstr("Permission denied"));
-    });
-    EXPECT_THAT(names(), ElementsAre("image"));
-}
-
-TEST_F(ImageWriter, PermissionsMayNarrowButAreTold) {
-    ::chmod("image", 0644);
-    inChild([] {
-        inject({{SYS_fchmod, EPERM}});
-        EXPECT_THAT(change("image", "new").warnings, ElementsAre(HasSubstr("permissions cannot be kept")));
-    });
-    EXPECT_EQ(statusOf("image").st_mode & 07777U, 0600U);
 }
 
 TEST_F(ImageWriter, ANewFileHasThePermissionsOfAnyOther) {

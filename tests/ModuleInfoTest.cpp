@@ -314,4 +314,81 @@ TEST(ModuleInfo, DamageIsShown) {
     }
 }
 
+// Control characters of an image do not command a terminal, whichever bytes they take; all others are shown.
+TEST(ModuleInfo, NamesAreSafeForATerminal) {
+    const std::pair<const char*, const char*> names[] = {
+        {"a\x1b[2J\n\x7f"
+         "b",
+         "a?[2J??b"},
+        {"\x80\x9f", "??"},
+        {"\xa0\xff", "\xc2\xa0\xc3\xbf"},
+        {"\xc2\xe4", "\xc3\x82\xc3\xa4"},
+        {"ends in \x9b", "ends in ?"},
+        {"  x  ", "  x"},
+        {"\xff\xff\xff", "not recorded"},
+    };
+    for (const auto& [stored, shown] : names) {
+        HwDatablockIdent block;
+        block.setName(QString::fromLatin1(stored));
+        block.setChecksum(block.computeChecksum());
+        EXPECT_THAT(screenOf(bytesOf(block)),
+                    testing::StartsWith("Module                " + std::string(shown) + "\n"));
+    }
+}
+
+// Whatever one part of a service record says, it is a service; of a record where nothing is set, nothing is said.
+TEST(ModuleInfo, EveryPartOfAServiceCounts) {
+    const struct {
+        std::function<void(HwDatablockServiceData&)> set;
+        const char* key;
+        json value;
+    } parts[] = {
+        {[](auto& block) { block.setServiceDate(0x4D6F); }, "date", "2018-11-15"},
+        {[](auto& block) { block.setDepartment("1ES3  "); }, "department", "1ES3"},
+        {[](auto& block) { block.setOpTimeHours(7); }, "operating_hours", 7},
+        {[](auto& block) { block.setRepairNumber(4711); }, "repair_number", 4711},
+        {[](auto& block) { block.setServiceCode(12); }, "service_code", 12},
+    };
+    for (const auto& [set, key, value] : parts) {
+        HwDatablockServiceData block(200);
+        set(block);
+        block.setChecksum(block.computeChecksum());
+        const json last = jsonOf(bytesOf(block))["last_service"];
+        ASSERT_TRUE(last.is_object()) << key;
+        EXPECT_EQ(last[key], value) << key;
+    }
+}
+
+TEST(ModuleInfo, ScreenOfMuchAndOfLittle) {
+    Module wrong;
+    for (int id = 200; id < 210; ++id) {
+        HwDatablockServiceData block(id);
+        block.setChecksum(1);
+        wrong.add(block);
+    }
+    EXPECT_THAT(screenOf(wrong.bytes()),
+                testing::HasSubstr("10 of 10 blocks WRONG: 200, 201, 202, 203, 204, 205, 206, 207, ...\n"));
+    HwDatablockModification modification;
+    modification.setServiceCode(0x8000 | 1203, 1);
+    modification.setServiceCode(1288, 3);
+    EXPECT_THAT(screenOf(Module().add(modification).bytes()),
+                testing::HasSubstr("Modifications         circular 1203, action 2\n"
+                                   "                      circular 1288, action 0\n"));
+    HwDatablockCwop6VcoIdent vco;
+    vco.setJobNumber(3);
+    EXPECT_THAT(screenOf(Module().add(vco).bytes()), testing::HasSubstr("\n\nVCO                   job number 3\n"));
+    HwDatablockMbrdTimeMonitoringData monitoring;
+    monitoring.setDate("2019-03-07");
+    EXPECT_THAT(screenOf(Module().addSealed(std::move(monitoring)).bytes()),
+                testing::HasSubstr("\n\nTime monitoring       2019-03-07\n"));
+    // Of the parts of an instrument any is enough; a count may lack on either side.
+    for (const int id : {12000, 12001, 12004})
+        EXPECT_TRUE(jsonOf(Module().addSealed(std::move(*makeBlock(id))).bytes())["instrument"].is_object()) << id;
+    EXPECT_THAT(screenOf(Module().add(counter(11301, 3, 0xFFFFFFFF)).bytes()),
+                testing::HasSubstr("  Overload counter, value 1     missing       3\n"
+                                   "  Overload counter, value 2     missing       not recorded\n"));
+    EXPECT_EQ(jsonOf(Module().addSealed(statistic(11310, std::string(4, '\xFF'))).bytes())["statistics"][0]["length"],
+              json());
+}
+
 } // namespace ModuleInfoTest

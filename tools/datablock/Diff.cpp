@@ -68,13 +68,7 @@ private:
     static void addTolerance(CLI::App& command, const std::string& name, double& value, const std::string& help) {
         command.add_option(name, value, help)
             ->type_name("X")
-            ->check(CLI::Validator(
-                [](const std::string& text) {
-                    double number = 0;
-                    const bool isNumber = CLI::detail::lexical_cast(text, number);
-                    return isNumber && number >= 0 ? std::string() : "takes a number from 0 on";
-                },
-                ""));
+            ->check(takesOnly<double>([](double number) { return number >= 0; }, "takes a number from 0 on"));
     }
 
     bool isSameFile() const {

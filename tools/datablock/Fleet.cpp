@@ -136,8 +136,10 @@ protected:
 
     virtual int ask(const FleetDatabase& database) = 0;
     virtual Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) = 0;
-    /// What a page that could be written means.
-    virtual int pageStatus(const FleetDatabase& /*database*/) const { return AllWell; }
+    /// What a page that could be written means: the same as the answer as text.
+    virtual int pageStatus(const FleetDatabase& /*database*/, const Travik::ReportDocuments& /*page*/) const {
+        return AllWell;
+    }
 
 private:
     std::string page_;
@@ -152,7 +154,7 @@ private:
         if (!reportWriting(page_, writeImage(page_, reportPage(documents, generator))))
             return CallFailed;
         std::cerr << InLine{page_} << ": " << InLine{documents.title} << '\n';
-        return pageStatus(database);
+        return pageStatus(database, documents);
     }
 };
 
@@ -161,6 +163,11 @@ int noBlock(const std::vector<std::string>& blocks) {
     for (const std::string& block : blocks)
         std::cerr << ' ' << InLine{block};
     std::cerr << '\n';
+    return DataWrong;
+}
+
+int noTrend() {
+    std::cerr << "datablock: no such field, row or point in five modules that differ in what it is asked over\n";
     return DataWrong;
 }
 
@@ -173,7 +180,7 @@ public:
         command_
             .add_option("--threshold", question_.threshold,
                         "From how many sigmas on a value lies outside; 6 by default")
-            ->check(CLI::PositiveNumber)
+            ->check(takesOnly<double>([](double sigmas) { return sigmas > 0; }, "takes a number above 0"))
             ->type_name("SIGMAS");
         command_.footer(
             "Each point is compared with the same point of all modules, by the median and the median\n"
@@ -200,6 +207,10 @@ private:
         question_.blocks = Travik::BlockSelector(blocks_);
         question_.filter = filter_;
         return Travik::outlierReport(database, question_, generator);
+    }
+
+    int pageStatus(const FleetDatabase& /*database*/, const Travik::ReportDocuments& page) const override {
+        return page.blocks.empty() ? noBlock(blocks_) : AllWell;
     }
 
     void writeJson(const Travik::OutlierAnswer& answer) const {
@@ -270,11 +281,9 @@ public:
                         "Only the points at this place on the axis: 3e9, \"3 GHz\"; its number "
                         "where points have none")
             ->type_name("PLACE");
-        command_.add_option("--over", question_.over, "serial: a slope is a serial number's; date: a year's")
-            ->transform(CLI::CheckedTransformer(std::map<std::string, Travik::TrendQuestion::Over>{
-                                                    {"serial", Travik::TrendQuestion::Over::SerialNumber},
-                                                    {"date", Travik::TrendQuestion::Over::ProductionDate}})
-                            .description(""))
+        using Over = Travik::TrendQuestion::Over;
+        addWordOption<Over>(command_, "--over", question_.over, "serial: a slope is a serial number's; date: a year's",
+                            {{"serial", Over::SerialNumber}, {"date", Over::ProductionDate}}, "serial and date")
             ->type_name("serial|date");
         command_.footer(
             "The line is Theil and Sen's: its slope is the median of the slopes of all pairs of modules, its\n"
@@ -296,10 +305,7 @@ private:
             writeJson(trends);
         else if (!trends.empty())
             writeTable(trends);
-        if (trends.empty())
-            std::cerr
-                << "datablock: no such field, row or point in five modules that differ in what it is asked over\n";
-        return trends.empty() ? DataWrong : AllWell;
+        return trends.empty() ? noTrend() : AllWell;
     }
 
     Travik::ReportDocuments report(const FleetDatabase& database, const std::string& generator) override {
@@ -307,6 +313,10 @@ private:
         question_.blocks = Travik::BlockSelector(blocks_);
         question_.filter = filter_;
         return Travik::trendReport(database, question_, generator);
+    }
+
+    int pageStatus(const FleetDatabase& /*database*/, const Travik::ReportDocuments& page) const override {
+        return page.blocks.empty() ? noTrend() : AllWell;
     }
 
     const char* over() const { return question_.over == Travik::TrendQuestion::Over::SerialNumber ? "serial" : "date"; }
@@ -343,7 +353,10 @@ private:
 class Wear : public Question {
 public:
     explicit Wear(CLI::App& fleet) : Question(fleet, "wear", "Which modules wear fastest, by their counters") {
-        command_.add_option("--limit", limit_, "Only the first so many")->type_name("N")->check(CLI::PositiveNumber);
+        command_.add_option("--limit", limit_, "Only the first so many")
+            ->type_name("N")
+            ->check(
+                takesOnly<std::size_t>([](std::size_t limit) { return limit > 0; }, "takes a whole number above 0"));
         command_.footer("Sorted by how much a counter grew in 1000 operating hours.");
     }
 
@@ -410,7 +423,7 @@ private:
         return Travik::damageReport(database, filter_, generator);
     }
 
-    int pageStatus(const FleetDatabase& database) const override {
+    int pageStatus(const FleetDatabase& database, const Travik::ReportDocuments& /*page*/) const override {
         return Travik::damagedImages(database, filter_).empty() ? AllWell : DataWrong;
     }
 

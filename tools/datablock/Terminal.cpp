@@ -1,6 +1,6 @@
 #include "Terminal.h"
 
-#include "Output.h"
+#include "Tool.h"
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -167,12 +167,9 @@ void Pager::endAtSignal() {
 } // namespace
 
 void addTerminalOptions(CLI::App& app) {
-    app.add_option("--color", colour, "Whether the output is coloured; auto: on a terminal, unless NO_COLOR is set")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, Colour>{{"auto", Colour::Automatic},
-                                                                          {"always", Colour::Always},
-                                                                          {"never", Colour::Never}},
-                                            CLI::ignore_case)
-                        .description(""))
+    addWordOption<Colour>(
+        app, "--color", colour, "Whether the output is coloured; auto: on a terminal, unless NO_COLOR is set",
+        {{"auto", Colour::Automatic}, {"always", Colour::Always}, {"never", Colour::Never}}, "auto, always and never")
         ->type_name("auto|always|never");
     app.add_flag("!--no-pager", isPagerWanted, "Write to the terminal at once, not through a pager");
 }

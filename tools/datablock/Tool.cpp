@@ -114,22 +114,19 @@ int reportMisses(const Image& image, const Travik::ModuleImage& module, const Tr
     return misses.empty() ? AllWell : DataWrong;
 }
 
+void refuseWord(const std::string& option, const std::string& word, std::string_view words) {
+    throw CLI::ValidationError(option, '"' + word + "\" is none of " + std::string(words));
+}
+
 void addEncodingOption(CLI::App& command, Encoding& encoding) {
-    const auto take = [&encoding](const std::string& name) {
-        static const std::map<std::string_view, Encoding> encodings{{"auto", Encoding::Automatic},
-                                                                    {"latin1", Encoding::Latin1},
-                                                                    {"latin-1", Encoding::Latin1},
-                                                                    {"utf8", Encoding::Utf8},
-                                                                    {"utf-8", Encoding::Utf8}};
-        const auto found = encodings.find(CLI::detail::to_lower(name));
-        if (found == encodings.end())
-            throw CLI::ValidationError("--encoding", '"' + name + "\" is none of auto, latin1 and utf8");
-        encoding = found->second;
-    };
-    command
-        .add_option_function<std::string>(
-            "--encoding", take,
-            "How umlauts are written: latin1, as they are stored; utf8; auto: utf8 on a terminal only")
+    addWordOption<Encoding>(command, "--encoding", encoding,
+                            "How umlauts are written: latin1, as they are stored; utf8; auto: utf8 on a terminal only",
+                            {{"auto", Encoding::Automatic},
+                             {"latin1", Encoding::Latin1},
+                             {"latin-1", Encoding::Latin1},
+                             {"utf8", Encoding::Utf8},
+                             {"utf-8", Encoding::Utf8}},
+                            "auto, latin1 and utf8")
         ->type_name("auto|latin1|utf8");
 }
 

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -97,5 +98,32 @@ int reportMisses(const Image& image, const Travik::ModuleImage& module, const Tr
 void addImagesOption(CLI::App& command, std::vector<std::string>& paths);
 /// Declares "--encoding".
 void addEncodingOption(CLI::App& command, Encoding& encoding);
+
+/// What an option that takes one of a few words says of another: "is none of auto, latin1 and utf8".
+[[noreturn]] void refuseWord(const std::string& option, const std::string& word, std::string_view words);
+
+/// Declares an option that takes one of a few words, in whatever case. `words` are those that are told, as in
+/// "auto, latin1 and utf8".
+template <class T>
+CLI::Option* addWordOption(CLI::App& command, const std::string& name, T& value, const std::string& help,
+                           std::map<std::string, T> all, std::string_view words) {
+    const auto take = [=, &value](const std::string& word) {
+        const auto found = all.find(CLI::detail::to_lower(word));
+        if (found == all.end())
+            refuseWord(name, word, words);
+        value = found->second;
+    };
+    return command.add_option_function<std::string>(name, take, help);
+}
+
+/// Lets an option take only the numbers that are right; `what` says which those are.
+template <class T>
+CLI::Validator takesOnly(bool (*isRight)(T), const char* what) {
+    const auto check = [=](const std::string& text) {
+        T number{};
+        return CLI::detail::lexical_cast(text, number) && isRight(number) ? std::string() : what;
+    };
+    return {check, ""};
+}
 
 } // namespace Tool

@@ -356,8 +356,9 @@ ReportDocuments trendReport(const FleetDatabase& database, TrendQuestion questio
                     std::to_string(found.size()) + " points: --at and --row choose others");
         found.resize(mostLines);
     }
-    addBlocks(page, database.connection().database, BlockSelector({keys.begin(), keys.end()}), question.fields,
-              question.filter, nullptr);
+    if (!keys.empty()) // none would be all
+        addBlocks(page, database.connection().database, BlockSelector({keys.begin(), keys.end()}), question.fields,
+                  question.filter, nullptr);
     for (const std::string& key : keys) {
         ReportBlock lines;
         lines.key = key + (isDate ? " over dates" : " over serial numbers");

@@ -193,7 +193,7 @@ public:
         const auto [next, error] = std::from_chars(text->data(), end, number_);
         unit_ = std::string(next, end);
         unit_.erase(0, unit_.find_first_not_of(' '));
-        if (error != std::errc() || (!unit_.empty() && !isFrequencyUnit(unit_)))
+        if (error != std::errc() || !std::isfinite(number_) || (!unit_.empty() && !isFrequencyUnit(unit_)))
             throw FleetError("no label of a point: " + *text);
     }
 

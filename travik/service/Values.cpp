@@ -211,10 +211,13 @@ FieldValues ImageValues::shape(const ImageBlock& block, const BlockLayout& layou
             }
         }
         const auto matches = [&] {
-            if (axis->byRow.empty() || values.usedByRow.empty())
+            if (axis->byRow.empty())
                 return axis->size() == made.used;
-            return values.variesIn == d &&
-                   std::ranges::equal(axis->byRow, values.usedByRow, {}, &std::vector<double>::size);
+            // Each entry of the first dimension has labels of its own, as many as it has points.
+            if (!values.usedByRow.empty() && values.variesIn == d)
+                return std::ranges::equal(axis->byRow, values.usedByRow, {}, &std::vector<double>::size);
+            return std::ranges::all_of(axis->byRow,
+                                       [&](const std::vector<double>& row) { return row.size() == made.used; });
         };
         if (axis && matches())
             made.axis = std::move(axis);
