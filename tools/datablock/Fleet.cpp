@@ -14,6 +14,7 @@
 #include <charconv>
 #include <cmath>
 #include <iostream>
+#include <utility>
 
 namespace Tool {
 
@@ -49,15 +50,16 @@ public:
 
     void write() const {
         for (const std::vector<std::string>& row : rows_) {
-            for (std::size_t i = 0; i < row.size(); ++i) {
-                const std::string blanks(widths_[i] - Travik::columnsOf(row[i]), ' ');
-                const bool isLast = i + 1 == row.size();
-                if (right_[i] == 'r')
-                    std::cout << blanks << row[i];
-                else
-                    std::cout << row[i] << (isLast ? std::string() : blanks);
-                std::cout << (isLast ? "\n" : "  ");
+            std::size_t blanks = 0; // none at the end of a line
+            for (std::size_t i = 0; i < row.size(); ++i, blanks += 2) {
+                const std::size_t rest = widths_[i] - Travik::columnsOf(row[i]);
+                const bool isRight = right_[i] == 'r';
+                blanks += isRight ? rest : 0;
+                if (row[i].find_first_not_of(' ') != std::string::npos)
+                    std::cout << std::string(std::exchange(blanks, 0), ' ') << row[i];
+                blanks += isRight ? 0 : rest;
             }
+            std::cout << '\n';
         }
     }
 
