@@ -1,4 +1,4 @@
-#include "Diffs.h"
+#include "Images.h"
 #include "JsonText.h"
 #include "RandomValues.h"
 
@@ -7,7 +7,7 @@
 namespace DiffTest {
 
 using namespace Travik;
-using namespace Diffs;
+using namespace Images;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

@@ -1,4 +1,4 @@
-#include "Diffs.h"
+#include "Images.h"
 #include "JsonText.h"
 
 #include <travik/service/DiffText.h>
@@ -7,7 +7,7 @@
 namespace DiffTextTest {
 
 using namespace Travik;
-using namespace Diffs;
+using namespace Images;
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::Not;

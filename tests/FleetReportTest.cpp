@@ -1,8 +1,8 @@
 #include "Fleets.h"
+#include "Images.h"
 #include "JsonText.h"
 
 #include <travik/fleet/FleetReport.h>
-#include <travik/service/ImageChange.h>
 
 #include <cmath>
 
@@ -12,16 +12,9 @@ namespace FleetReportTest {
 using namespace Travik;
 using namespace Fleets;
 
-/// A sample with values put in, by assignments as `set` takes them.
 std::string changed(const std::string& sample, std::initializer_list<std::string> assignments) {
-    std::vector<Assignment> parsed;
-    for (const std::string& assignment : assignments)
-        parsed.push_back(parseAssignment(assignment));
-    const std::string bytes = sampleBytes(sample);
-    std::vector<char> image(bytes.begin(), bytes.end());
-    const AssignReport report = assignValues(image, parsed);
-    EXPECT_TRUE(report.succeeded()) << (report.refusals.empty() ? "" : report.refusals[0].why);
-    return {image.begin(), image.end()};
+    const Images::Bytes bytes = Images::changed(sample, assignments);
+    return {bytes.begin(), bytes.end()};
 }
 
 /// The documents of a page, parsed.
@@ -141,8 +134,8 @@ TEST(FleetReport, MarksTheModulesThatLieOutside) {
 TEST(FleetReport, HasTheAxesOfTheModules) {
     const Folder folder;
     const std::string database = folder / "fleet.sqlite";
-    write(folder / "1", changed("rf-board.bin", {"2.serial_number=1"}));
-    write(folder / "2", changed("rf-board.bin", {"2.serial_number=2", "15725.values[0][0]=1"}));
+    write(folder / "1", changed("rf-board", {"2.serial_number=1"}));
+    write(folder / "2", changed("rf-board", {"2.serial_number=2", "15725.values[0][0]=1"}));
     collected(database, {folder / "1", folder / "2"}, nullptr, 1);
     OutlierQuestion question;
     question.blocks = BlockSelector({"15721", "15726"});
@@ -175,8 +168,8 @@ TEST(FleetReport, LeavesCurvesOutButNotTheOdd) {
     for (unsigned int serial = 1; serial <= modules; ++serial) {
         paths.push_back(folder / std::to_string(serial));
         write(paths.back(),
-              changed("rf-board.bin", {"2.serial_number=" + std::to_string(serial),
-                                       serial == modules ? "15721.values[0][0]=90" : "15721.values[0][0]=1"}));
+              changed("rf-board", {"2.serial_number=" + std::to_string(serial),
+                                   serial == modules ? "15721.values[0][0]=90" : "15721.values[0][0]=1"}));
     }
     collected(database, paths, nullptr, 1);
     OutlierQuestion question;
@@ -204,8 +197,8 @@ TEST(FleetReport, DrawsTheLinesOfATrend) {
     for (unsigned int serial = 1; serial <= 6; ++serial) {
         const std::string number = std::to_string(serial);
         write(folder / "images/" + number,
-              changed("step-attenuator.bin", {"2.serial_number=" + number, "2.product_date=201" + number + "-01-01",
-                                              "11302.counter_value[0]=" + std::to_string(100 + 10 * serial)}));
+              changed("step-attenuator", {"2.serial_number=" + number, "2.product_date=201" + number + "-01-01",
+                                          "11302.counter_value[0]=" + std::to_string(100 + 10 * serial)}));
     }
     collected(database, {folder / "images"});
     const FleetDatabase opened(database, FleetDatabase::Access::Read);
@@ -280,9 +273,9 @@ TEST(FleetReport, HasModulesThatHaveNoName) {
     const std::string database = folder / "fleet.sqlite";
     for (int i = 0; i < 6; ++i)
         write(folder / "images/" + std::to_string(i),
-              changed("rf-board.bin", {"2.serial_number=" + std::to_string(i)}).substr(44));
-    write(folder / "images/named", changed("rf-board.bin", {"2.serial_number=0", "2.product_index=0"}));
-    write(folder / "images/other", changed("rf-board.bin", {"2.name=OTHER", "15725.values[0][0]=7"}));
+              changed("rf-board", {"2.serial_number=" + std::to_string(i)}).substr(44));
+    write(folder / "images/named", changed("rf-board", {"2.serial_number=0", "2.product_index=0"}));
+    write(folder / "images/other", changed("rf-board", {"2.name=OTHER", "15725.values[0][0]=7"}));
     collected(database, {folder / "images"});
     const FleetDatabase opened(database, FleetDatabase::Access::Read);
     OutlierQuestion question;
@@ -310,7 +303,7 @@ TEST(FleetReport, DrawsAHundredLinesAtMost) {
     const std::string database = folder / "fleet.sqlite";
     for (int i = 1; i <= 5; ++i)
         write(folder / "images/" + std::to_string(i),
-              changed("rf-board.bin",
+              changed("rf-board",
                       {"2.serial_number=" + std::to_string(i), "15716.values[1][0]=" + std::to_string(2 * i)}));
     collected(database, {folder / "images"});
     const FleetDatabase opened(database, FleetDatabase::Access::Read);
@@ -335,9 +328,8 @@ TEST(FleetReport, DrawsAHundredLinesAtMost) {
 TEST(FleetReport, HasCountersOfModulesWithoutHours) {
     const Folder folder;
     const std::string database = folder / "fleet.sqlite";
-    write(folder / "images/1", changed("step-attenuator.bin", {"300.operating_hours=4294967295"}));
-    write(folder / "images/2",
-          changed("step-attenuator.bin", {"2.serial_number=2", "11302.counter_value[1]=4294967295"}));
+    write(folder / "images/1", changed("step-attenuator", {"300.operating_hours=4294967295"}));
+    write(folder / "images/2", changed("step-attenuator", {"2.serial_number=2", "11302.counter_value[1]=4294967295"}));
     collected(database, {folder / "images"});
     const Page page(wearReport(FleetDatabase(database, FleetDatabase::Access::Read), {}, "test"));
     EXPECT_EQ(page.namesOf(page.blocks[0]), (std::vector<std::string>{"2", "1"}));

@@ -1,11 +1,9 @@
+#include "Images.h"
 #include "JsonText.h"
-#include "Support.h"
 
 #include <travik/service/BlockTables.h>
 #include <travik/service/CsvText.h>
-#include <travik/service/ImageChange.h>
 #include <travik/service/ImageDiff.h>
-#include <travik/service/ImageFile.h>
 #include <travik/service/Report.h>
 #include <travik/service/ShowText.h>
 
@@ -13,25 +11,16 @@
 namespace OddImagesTest {
 
 using namespace Travik;
+using Images::Bytes;
+using Images::changed;
 using testing::HasSubstr;
-using Bytes = std::vector<char>;
-
-Bytes changed(const std::string& sample, std::initializer_list<const char*> assignments) {
-    Bytes bytes;
-    EXPECT_EQ(readImageFile(TRAVIK_SAMPLES "/" + sample + ".bin", bytes), "");
-    std::vector<Assignment> parsed;
-    for (const char* const assignment : assignments)
-        parsed.push_back(parseAssignment(assignment));
-    EXPECT_TRUE(assignValues(bytes, parsed).succeeded());
-    return bytes;
-}
 
 Bytes cut(Bytes bytes, std::size_t size) {
     bytes.resize(size);
     return bytes;
 }
 
-/// The first image with blocks of the second one, of all bytes, ahead of it.
+/// The blocks of both, those of the first one ahead.
 Bytes joined(Bytes first, const Bytes& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;

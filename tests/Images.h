@@ -11,8 +11,8 @@
 #include <bit>
 #include <limits>
 
-/// Images to be compared.
-namespace Diffs {
+/// Images that tests make: samples, with values put in, or built of a document.
+namespace Images {
 
 using namespace Travik;
 
@@ -39,6 +39,14 @@ inline Bytes assigned(Bytes image, const std::string& text, bool areStored = fal
     return image;
 }
 
+/// A sample with values put in, by assignments as `set` takes them.
+inline Bytes changed(const std::string& name, std::initializer_list<std::string> assignments) {
+    Bytes image = sample(name);
+    for (const std::string& assignment : assignments)
+        image = assigned(std::move(image), assignment);
+    return image;
+}
+
 /// A table of one element of a type, whose bytes are those of the number, with sums that hold.
 template <class T>
 Bytes tableOf(int type, T number) {
@@ -60,4 +68,4 @@ constexpr double smallest = std::numeric_limits<double>::denorm_min();
 inline const double nan1 = std::bit_cast<double>(0x7FF8000000000001U);
 inline const double nan2 = std::bit_cast<double>(0x7FF8000000000002U);
 
-} // namespace Diffs
+} // namespace Images
