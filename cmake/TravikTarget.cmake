@@ -13,10 +13,12 @@ target_compile_definitions(travik-options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_A
 
 if(TRAVIK_ANALYZE)
   # Left out is what the analyzer of GCC 12, made for C, says of sound C++: that a result which is returned by value is read before it
-  # is made, that 'new' may be null (it throws), that what an object holds is lost (it does not follow destructors), and that a lambda
-  # without captures, called as a function, has no 'this'. Sanitizers and Clang's analyzer look after these.
+  # is made, that 'new' may be null (it throws), that a vector that grows may ask for no memory and store into it, that what an object
+  # holds is lost (it does not follow destructors), and that a lambda without captures, called as a function, has no 'this'. Sanitizers
+  # and Clang's analyzer look after these.
   target_compile_options(travik-options INTERFACE -fanalyzer -Wno-analyzer-use-of-uninitialized-value
-    -Wno-analyzer-null-argument -Wno-analyzer-possible-null-argument -Wno-analyzer-possible-null-dereference -Wno-analyzer-malloc-leak)
+    -Wno-analyzer-null-argument -Wno-analyzer-possible-null-argument -Wno-analyzer-null-dereference
+    -Wno-analyzer-possible-null-dereference -Wno-analyzer-malloc-leak)
 endif()
 
 # float-cast-overflow is in no compiler's "undefined", and physical values from an image are just what overflows.
