@@ -73,11 +73,6 @@ std::vector<Shape> shapes() {
     };
 }
 
-class NullBuffer : public std::streambuf {
-    int_type overflow(int_type character) override { return traits_type::not_eof(character); }
-    std::streamsize xsputn(const char* /*text*/, std::streamsize length) override { return length; }
-};
-
 /// Whether a count says so much that printing takes a thousand times as long as everything else.
 bool isLong(HwDatablock& made, const ImageBlock& block) {
     constexpr double many = 300;
@@ -111,7 +106,7 @@ void readAll(const std::string& bytes, const Shape& shape) {
             ASSERT_EQ(made->getDataFormatTyp(), HwDataFormatFirmware);
         }
         const std::string before = bytesOf(*made);
-        static NullBuffer buffer;
+        static Support::NullBuffer buffer;
         static std::ostream os(&buffer);
         if (isPrinted(*made, block))
             made->printToStream(os);

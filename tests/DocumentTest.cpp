@@ -78,7 +78,7 @@ TEST(Document, BringsAnyBytesBack) {
     expectRoundTrip(std::string(300, '\xFF') + Support::randomBytes(random, 70000), "random behind an end block");
     for (const auto& [name, bytes] : samples()) {
         const std::string sample = textOf(bytes);
-        const int rounds = sample.size() > 20000 ? 4 : 60;
+        const int rounds = sample.size() > 20000 ? 2 : 25;
         for (int i = 0; i < rounds; ++i) {
             std::string mutated = sample;
             for (unsigned int count = 1 + random() % 4; count > 0; --count)
@@ -587,8 +587,10 @@ std::string fixed(double value, int decimals) {
 void collect(const Json& value, std::vector<double>& numbers) {
     if (value.is_number())
         numbers.push_back(value.get<double>());
-    for (const Json& entry : value.is_array() ? value : Json::array())
-        collect(entry, numbers);
+    if (value.is_array()) {
+        for (const Json& entry : value)
+            collect(entry, numbers);
+    }
 }
 
 // Tables of the counted kind print their stored numbers: what the values are where the scale is taken off again.
@@ -613,13 +615,14 @@ TEST(Document, HoldsEveryNumberThatTablesPrint) {
                     values.push_back((value - field.zero) / field.scale);
                 }
             }
+            std::ranges::sort(values);
             std::map<int, std::set<std::string>> asPrinted; // with so many decimals
             const std::string text = Support::textOf(*makeBlock(block));
             for (const Printed& number : numbersOf(text)) {
                 if (number.isScientific) {
-                    EXPECT_TRUE(std::ranges::any_of(
-                        values,
-                        [&](double value) { return std::abs(value - number.value) <= std::abs(number.value) * 1e-5; }))
+                    const double tolerance = std::abs(number.value) * 1e-5;
+                    const auto near = std::ranges::lower_bound(values, number.value - tolerance);
+                    EXPECT_TRUE(near != values.end() && *near <= number.value + tolerance)
                         << name << ' ' << block.id << ": " << number.text;
                     continue;
                 }

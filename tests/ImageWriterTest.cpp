@@ -217,7 +217,7 @@ TEST_F(ImageWriter, NothingIsLeftOfAProcessThatIsKilled) {
     // there.
     ::signal(SIGTERM, SIG_DFL);
     ::signal(SIGINT, SIG_DFL);
-    for (int i = 0; i < 150; ++i) {
+    for (int i = 0; i < 60; ++i) {
         const int signal = i % 3 == 0 ? SIGTERM : i % 3 == 1 ? SIGINT : SIGKILL;
         const bool named = i % 2 == 1;
         put("image", images[0]);

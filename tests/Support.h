@@ -9,6 +9,7 @@
 #include <random>
 #include <set>
 #include <sstream>
+#include <streambuf>
 #include <string>
 #include <utility>
 #include <vector>
@@ -88,6 +89,12 @@ inline std::string textOf(Travik::HwDatablock& block) {
     block.printToStream(os);
     return os.str();
 }
+
+/// Takes texts of any length, and keeps nothing.
+class NullBuffer : public std::streambuf {
+    int_type overflow(int_type character) override { return traits_type::not_eof(character); }
+    std::streamsize xsputn(const char* /*text*/, std::streamsize length) override { return length; }
+};
 
 /// The identifiers that the tests of the families hold. Each table of a family's classes, and whatever tests a class
 /// apart, says beside it which it holds; a class that none of them holds fails a test of the catalogue.

@@ -406,7 +406,7 @@ void expectFromLongLine(const std::string& begin, std::string_view piece, double
     std::string portion;
     while (portion.size() < 10000)
         portion += piece;
-    Repeating source(textOf<Block>("1 * 1", begin), portion, 5000);
+    Repeating source(textOf<Block>("1 * 1", begin), portion, 2000);
     std::istream is(&source);
     is.setstate(std::ios_base::failbit); // of an earlier reading: cleared
     Block block;
@@ -416,7 +416,7 @@ void expectFromLongLine(const std::string& begin, std::string_view piece, double
     EXPECT_EQ(static_cast<double>(block.getBlock()->values[0][0]), value) << piece;
 }
 
-// 50 MB each: what cost the square of the length would not end.
+// 20 MB each: what cost the square of the length would not end.
 TEST(TextExchange, ALongLineCostsItsLength) {
     expectFromLongLine<Words>("1: 9 #", "#:* ", 9);
     expectFromLongLine<Words>("1: ", "f", 0xFFFFFFFF);
