@@ -162,6 +162,13 @@ TEST(Kaitai, NamesAreLegalAndUniqueInTheirType) {
     }
 }
 
+TEST(Kaitai, WordsStandInQuotesAsTheyAre) {
+    const std::string text = describeAsKaitai(forms());
+    for (const char* const line : {"doc: \"date: bits 0-4 day, 5-8 month, 9-15 year minus 1980\"",
+                                   "doc: \"2 IDENT_2, 44 bytes in all\"", "-unit: \"byte\""})
+        EXPECT_THAT(text, HasSubstr(std::string("    ") + line + '\n'));
+}
+
 TEST(Kaitai, EveryIdentifierLeadsToItsType) {
     const std::string text = describeAsKaitai(forms());
     const std::vector<std::string> names = kaitaiTypeNames(forms());

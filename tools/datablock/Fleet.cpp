@@ -256,7 +256,8 @@ private:
         }
         if (!all.empty())
             table.write();
-        std::cout << modules << " of " << answer.modules << " modules outside, " << answer.points << " points compared";
+        std::cout << modules << " of " << answer.modules << (answer.modules == 1 ? " module" : " modules")
+                  << " outside, " << answer.points << " points compared";
         if (answer.tooFew > 0)
             std::cout << ", " << answer.tooFew << " that too few modules have";
         std::cout << '\n';
