@@ -402,7 +402,9 @@ TEST(Ident, TakeOver) {
 
 TEST(ModuleTypes, KnownNames) {
     ASSERT_EQ(moduleTypes().size(), 107U);
-    for (const SModuleType& type : moduleTypes()) {
+    for (int i = 0; const SModuleType& type : moduleTypes()) {
+        EXPECT_EQ(type.index, i > 81 && i < 85 ? 81 : i) << type.name;
+        ++i;
         EXPECT_EQ(std::strlen(type.boardName), 13U) << type.name;
         EXPECT_EQ(isKnownModuleName(QString::fromLatin1(type.boardName)), &type != &moduleTypes().back()) << type.name;
     }
@@ -410,7 +412,6 @@ TEST(ModuleTypes, KnownNames) {
     EXPECT_FALSE(isKnownModuleName(QStringLiteral("FMR6         ")));
     EXPECT_TRUE(isKnownModuleName(QStringLiteral("FRONTMODUL   ")));
     EXPECT_TRUE(isKnownModuleName(QStringLiteral("SSYN         and more")));
-    EXPECT_EQ(moduleTypes()[82].index, 81);
     EXPECT_STREQ(moduleTypes()[60].lowerName, "sudaconverter");
 }
 

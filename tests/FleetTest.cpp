@@ -136,6 +136,19 @@ TEST(Collect, FollowsWhatBecomesOfTheFiles) {
     EXPECT_EQ(asked(database, soundly), "ok");
 }
 
+TEST(Collect, WhatWasBehindALinkVanishes) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    const std::string image = folder / "elsewhere/a.bin";
+    write(image, attenuator(1));
+    fs::create_directory(folder / "images");
+    fs::create_directory_symlink("../elsewhere", folder / "images/linked");
+    EXPECT_EQ(collected(database, {folder / "images"}), (Counts{1, 1, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(asked(database, "SELECT path FROM images"), image);
+    fs::remove(image);
+    EXPECT_EQ(collected(database, {folder / "images"}), (Counts{0, 0, 0, 0, 1, 0, 0, 0, 0}));
+}
+
 TEST(Collect, TellsWhatItCannotUse) {
     const Folder folder;
     const std::string images = folder / "images";

@@ -194,6 +194,11 @@ TEST(ModuleInfo, MainBoardAndSingleCounters) {
     EXPECT_THAT(screenOf(board.bytes()), testing::HasSubstr("Instrument            ?[2JVQ\n"));
     EXPECT_THAT(screenOf(board.bytes()),
                 testing::HasSubstr("  Overload counter 2            9             none kept\n"));
+
+    Module damaged;
+    model.setChecksum(0);
+    damaged.add(number).add(model);
+    EXPECT_EQ(jsonOf(damaged.bytes())["instrument"]["checksums_ok"], false);
 }
 
 TEST(ModuleInfo, Options) {

@@ -151,6 +151,23 @@ TEST(Report, ShowsWhatIsWrongAndWhatCannotBeRead) {
     EXPECT_TRUE(reported({{}}, ReportForm::Module).blocks.empty());
 }
 
+TEST(Report, HasCountersAndWhichOfThemDiffer) {
+    std::vector<std::string> told;
+    const Parsed report = reported({sample("step-attenuator")}, ReportForm::Module);
+    for (const Json& fact : report.head["sources"][0]["facts"]) {
+        if (fact["group"] == "Counters" || fact["group"] == "Statistics")
+            told.push_back(fact["label"].get<std::string>() + ": " + fact["value"].get<std::string>() +
+                           (fact.contains("mark") ? ", " + fact["mark"].get<std::string>() : ""));
+    }
+    EXPECT_THAT(told,
+                ElementsAre("Overload counter 1: 57", "Overload counter 2: 3",
+                            "Overload counter, value 1: 412, backup 412", "Overload counter, value 2: 17, backup 17",
+                            "High-power counter, value 1: 91, backup 91",
+                            "High-power counter, value 2: 6, backup 5, differs from its backup",
+                            "Power-on count: 16 bytes, backup 16 bytes",
+                            "Operating time count: 16 bytes, backup 16 bytes, differs from its backup"));
+}
+
 TEST(Report, ComparesByIdentifierAndOccurrenceAndPutsChangesFirst) {
     const std::vector<char> before = sample("rf-board");
     std::vector<char> after = before;

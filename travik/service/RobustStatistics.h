@@ -16,9 +16,9 @@ struct TRAVIK_SERVICE_EXPORT RobustSpread {
     /// To make of a median absolute deviation a standard deviation, where the numbers are normally distributed.
     static constexpr double consistency = 1.4826;
 
-    double median = 0;
-    double mad = 0;   ///< median absolute deviation from the median
-    double sigma = 0; ///< 1.4826 MAD, and at least the step in which the numbers are stored
+    double median;
+    double mad;   ///< median absolute deviation from the median
+    double sigma; ///< 1.4826 MAD, and at least the step in which the numbers are stored
 
     RobustSpread(const std::vector<double>& numbers, double step);
     /// How many sigmas a number lies above the median; infinite where sigma is 0 and it is another number.
