@@ -170,6 +170,9 @@ TEST(ModuleInfo, UnsetIsMissing) {
         EXPECT_THAT(screenOf(bytes), testing::Not(testing::HasSubstr("1980"))) << screenOf(bytes);
     }
     EXPECT_THAT(screenOf(fresh.bytes()), testing::HasSubstr("  Overload counter, value 1     0             missing\n"));
+    EXPECT_THAT(screenOf(fresh.bytes()), testing::HasSubstr("\nModifications         none\n"));
+    EXPECT_THAT(screenOf(Module().addSealed(std::move(*makeBlock(2))).bytes()),
+                testing::HasSubstr("\nModifications         not recorded\n"));
 }
 
 TEST(ModuleInfo, MainBoardAndSingleCounters) {

@@ -93,8 +93,8 @@ public:
                                    isMeant, " AND ", isLatest, " ORDER BY c.\"key\", c.field, c.\"row\", i.image"})),
           scalars_(database,
                    sqlOf({"SELECT ", moduleColumns,
-                          ", s.\"key\", s.field, 0, '', s.unit, 0.0, '', s.number FROM scalars AS s JOIN "
-                          "images AS i ON i.image = s.image WHERE s.\"key\" = ?4 AND s.number IS NOT NULL AND ",
+                          R"(, s."key", s.field, 0, '', s.unit, 0.0, '', s.number FROM scalars AS s JOIN images AS i )"
+                          R"(ON i.image = s.image WHERE s."key" = ?4 AND s.number IS NOT NULL AND )",
                           isMeant, " AND ", isLatest, " ORDER BY s.field, i.image"})) {
         bindFilter(curves_, filter);
         bindFilter(scalars_, filter);

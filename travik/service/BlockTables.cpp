@@ -130,9 +130,11 @@ std::span<const double> BlockTable::labelsOf(const Axis& axis) const {
 
 std::string BlockTable::label(const ValueDimension& dimension, unsigned int entry) const {
     const Axis* const axis = dimension.axis.get();
-    if (axis && entry < axis->texts.size())
+    if (!axis)
+        return std::to_string(entry);
+    if (entry < axis->texts.size())
         return axis->texts[entry];
-    const std::span<const double> numbers = axis ? labelsOf(*axis) : std::span<const double>();
+    const std::span<const double> numbers = labelsOf(*axis);
     return entry < numbers.size() ? withReadableUnit(axis->format.text(numbers[entry]), axis->unit)
                                   : std::to_string(entry);
 }
