@@ -17,8 +17,8 @@ struct ReportImage {
 
 /// What keeps a page usable, however many images there are. What is left out is said among the remarks.
 struct ReportLimits {
-    std::size_t values = 2'000'000;      ///< points of the curves of families
-    std::size_t bytes = 4 * 1024 * 1024; ///< of the images, for the view of their bytes
+    std::size_t values = 2'000'000;            ///< points of the curves of families
+    std::size_t bytes = std::size_t{4} << 20U; ///< of the images, for the view of their bytes
     std::size_t blocks = 2000;
 };
 

@@ -211,10 +211,11 @@ private:
             table.changedValues = changedValues(table);
     }
 
-    /// One whose axis most have.
+    /// One whose axis most have; some may be null, but not all.
     static const BlockTable& usual(std::span<const BlockTable* const> tables) {
         std::map<std::vector<double>, std::pair<int, const BlockTable*>> axes;
-        const BlockTable* most = nullptr;
+        const BlockTable* most =
+            *std::ranges::find_if(tables, [](const BlockTable* table) { return table != nullptr; });
         int count = 0;
         for (const BlockTable* const table : tables) {
             if (!table)
@@ -473,12 +474,12 @@ private:
         for (std::size_t kind = 0; kind < sources.size(); ++kind)
             all += static_cast<double>(sources[kind]) * static_cast<double>(values[kind]);
         const double share = all == 0 ? 1 : std::min(1.0, static_cast<double>(limits_.values) / all);
-        for (std::size_t kind = 0; kind < sources.size(); ++kind) {
+        for (const std::size_t curves : sources) {
             constexpr double fewest = 12;
-            const double most = std::max(std::floor(static_cast<double>(sources[kind]) * share), fewest);
+            const double most = std::max(std::floor(static_cast<double>(curves) * share), fewest);
             mostDrawn_.push_back(static_cast<std::size_t>(most));
-            if (mostDrawn_.back() < sources[kind])
-                head_.remarks.push_back("Of the " + std::to_string(sources[kind]) + " curves of each plot " +
+            if (mostDrawn_.back() < curves)
+                head_.remarks.push_back("Of the " + std::to_string(curves) + " curves of each plot " +
                                         std::to_string(mostDrawn_.back()) +
                                         " are drawn, those that are farthest off first; the shaded range is of all");
         }
