@@ -211,7 +211,7 @@ private:
             out_.whole(offset);
             out_.raw(", ");
         }
-        out_.raw("\"hex\": \"");
+        out_.raw(R"("hex": ")");
         for (const char byte : bytes) {
             out_.raw(digits[static_cast<unsigned char>(byte) >> 4U]);
             out_.raw(digits[static_cast<unsigned char>(byte) & 15U]);

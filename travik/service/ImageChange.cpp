@@ -227,7 +227,7 @@ private:
     static std::string nameOf(const Touched& touched, const Field& field, unsigned int element) {
         std::string indices;
         for (unsigned int d = field.rank; d-- > 0; element /= field.dimensions[d].extent)
-            indices = '[' + std::to_string(d == 0 ? element : element % field.dimensions[d].extent) + ']' + indices;
+            indices.insert(0, '[' + std::to_string(d == 0 ? element : element % field.dimensions[d].extent) + ']');
         return Travik::nameOf(*touched.block) + '.' + field.name + indices;
     }
 
