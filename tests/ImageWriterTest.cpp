@@ -171,6 +171,16 @@ TEST_F(ImageWriter, LeavesAFileThatIsNotWhatWasRead) {
     EXPECT_THAT(names(), ElementsAre("image~", "image~2"));
 }
 
+TEST_F(ImageWriter, AnOpenImageMayBeHandedOn) {
+    ImageEdit edit("image");
+    ImageEdit other(std::move(edit));
+    EXPECT_THAT(ImageEdit("image", 0).error(), HasSubstr("is being changed")) << "it is held, once";
+    put("another", "bytes of another");
+    other = ImageEdit("another");
+    EXPECT_EQ(other.original(), bytesOf("bytes of another"));
+    EXPECT_EQ(ImageEdit("image", 0).error(), "");
+}
+
 TEST_F(ImageWriter, WaitsForWhoeverElseIsAtWork) {
     const int file = ::open("image", O_RDONLY);
     ASSERT_EQ(::flock(file, LOCK_EX), 0);
