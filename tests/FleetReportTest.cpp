@@ -136,12 +136,18 @@ TEST(FleetReport, HasTheAxesOfTheModules) {
     const std::string database = folder / "fleet.sqlite";
     write(folder / "1", changed("rf-board", {"2.serial_number=1"}));
     write(folder / "2", changed("rf-board", {"2.serial_number=2", "15725.values[0][0]=1"}));
-    collected(database, {folder / "1", folder / "2"}, nullptr, 1);
+    std::string without = changed("rf-board", {"2.serial_number=3"});
+    const ModuleImage image{std::span<const char>(without)};
+    const auto axis = std::ranges::find(image.blocks(), 15725, &ImageBlock::id);
+    ASSERT_NE(axis, image.blocks().end());
+    without.erase(axis->offset, axis->bytes.size());
+    write(folder / "3", without);
+    collected(database, {folder / "1", folder / "2", folder / "3"}, nullptr, 1);
     OutlierQuestion question;
     question.blocks = BlockSelector({"15721", "15726"});
     const Page page(outlierReport(FleetDatabase(database, FleetDatabase::Access::Read), question, "test"));
     ASSERT_EQ(page.blocks.size(), 2U);
-    EXPECT_EQ(page.namesOf(page.blocks[1]), (std::vector<std::string>{"1", "2"}));
+    EXPECT_EQ(page.namesOf(page.blocks[1]), (std::vector<std::string>{"1", "2", "3"}));
     const Page::Json& attenuation = *named(page.blocks[0]["tables"], "values");
     EXPECT_EQ(attenuation["curves"].size(), 27U);
     EXPECT_EQ(attenuation["curves"][26]["name"], "row 26");
@@ -152,8 +158,9 @@ TEST(FleetReport, HasTheAxesOfTheModules) {
     EXPECT_EQ(level["axis"]["name"], "RFBO_EXT_CAL_FREQ");
     EXPECT_EQ(level["curves"].size(), 5U);
     EXPECT_EQ(level["matrix"], false);
-    ASSERT_EQ(level["ownAxes"].size(), 2U);
+    ASSERT_EQ(level["ownAxes"].size(), 3U);
     EXPECT_TRUE(level["ownAxes"][0].is_null());
+    EXPECT_TRUE(level["ownAxes"][2].is_null()) << "a module without labels has the others'";
     EXPECT_EQ(level["ownAxes"][1].size(), level["axis"]["values"].size());
     EXPECT_NE(level["ownAxes"][1][0], level["axis"]["values"][0]);
     EXPECT_EQ(level["ownAxes"][1][1], level["axis"]["values"][1]);
@@ -312,6 +319,10 @@ TEST(FleetReport, DrawsAHundredLinesAtMost) {
     question.blocks = BlockSelector({"15716", "15725"});
     const Page many(trendReport(opened, question, "test"));
     EXPECT_THAT(many.head["remarks"].dump(), testing::HasSubstr("Lines are drawn of the first 100 of 606 points"));
+    question.blocks = BlockSelector({"15721"});
+    const Page matrix(trendReport(opened, question, "test"));
+    EXPECT_EQ(matrix.blocks[0]["tables"].size(), 1U) << "its other table is not asked for";
+    question.blocks = BlockSelector({"15716", "15725"});
     question.at = "1 Hz";
     EXPECT_TRUE(Page(trendReport(opened, question, "test")).blocks.empty()) << "no line, no block";
     question.row = 1;
@@ -322,6 +333,18 @@ TEST(FleetReport, DrawsAHundredLinesAtMost) {
     const Page::Json& table = one.blocks[1]["tables"][0];
     EXPECT_EQ(table["name"], "values, 1 at 9 kHz");
     EXPECT_EQ(table["curves"][1]["values"], Support::parsed("[[2, 4, 6, 8, 10]]"));
+}
+
+TEST(FleetReport, NamesCurvesByTheirPlaces) {
+    const Folder folder;
+    collected(folder / "fleet.sqlite", {TRAVIK_SAMPLES + std::string("/main-board.bin")});
+    OutlierQuestion question;
+    question.blocks = BlockSelector({"PATH_A_RF_RESPONSE_LP_AMP"});
+    const Page page(
+        outlierReport(FleetDatabase(folder / "fleet.sqlite", FleetDatabase::Access::Read), question, "test"));
+    const Page::Json& curves = named(page.blocks[0]["tables"], "c1")->at("curves");
+    EXPECT_EQ(curves[0]["name"], "0, filter 0");
+    EXPECT_EQ(curves[5]["name"], "1, filter 1");
 }
 
 // Where a counter lacks, so does its text; hours that were never recorded are not shown.

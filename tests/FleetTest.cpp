@@ -1,5 +1,7 @@
 #include "Fleets.h"
+#include "Images.h"
 #include "JsonText.h"
+#include "Writers.h"
 
 #include <travik/fleet/ClickHouse.h>
 #include <travik/fleet/JsonLines.h>
@@ -149,6 +151,59 @@ TEST(Collect, WhatWasBehindALinkVanishes) {
     EXPECT_EQ(collected(database, {folder / "images"}), (Counts{0, 0, 0, 0, 1, 0, 0, 0, 0}));
 }
 
+// A file is gone where there is no such path any more, not where the way to it cannot be walked.
+TEST(Collect, TellsWhatIsGoneFromWhatCannotBeReached) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    const std::string images = folder / "images";
+    write(images + "/a/1.bin", attenuator(1));
+    write(images + "/b/2.bin", attenuator(2));
+    EXPECT_EQ(collected(database, {images}), (Counts{2, 2, 0, 0, 0, 0, 0, 0, 0}));
+    fs::remove_all(images + "/a");
+    write(images + "/a", "a text");
+    fs::remove_all(images + "/b");
+    fs::create_symlink("b", images + "/b");
+    EXPECT_EQ(collected(database, {images}), (Counts{0, 0, 0, 0, 1, 0, 0, 1, 1}));
+    fs::remove(images + "/b");
+    FleetDatabase opened(database, FleetDatabase::Access::Write);
+    EXPECT_EQ(opened.markVanished(std::vector<std::string>{"/"}), 1U);
+    EXPECT_TRUE(opened.isOwn(database));
+    EXPECT_TRUE(opened.isOwn(database + "-journal"));
+    EXPECT_FALSE(opened.isOwn(database + "~"));
+}
+
+TEST(FolderWalk, TellsWhatTheSystemRefuses) {
+    const Folder folder;
+    write(folder / "images/1.bin", "x");
+    const std::string images = folder / "images";
+    const struct {
+        Writers::Fault fault;
+        std::string told; // "" where nothing is
+    } cases[] = {
+        {{SYS_openat, EACCES, 2, O_DIRECTORY}, images + ": Permission denied"},
+        {{SYS_getdents64, EIO}, images + ": Input/output error"},
+        {{SYS_newfstatat, EIO}, images + ": Input/output error"},
+        {{SYS_newfstatat, EIO, 3, AT_SYMLINK_NOFOLLOW}, images + "/1.bin: Input/output error"},
+        {{SYS_newfstatat, ENOENT, 3, AT_SYMLINK_NOFOLLOW}, ""}, // it went between
+    };
+    for (const auto& test : cases) {
+        Writers::inChild([&] {
+            std::string all;
+            FolderWalk walk({images}, [&](FolderWalk::Miss miss, const std::string& path, const std::string& why) {
+                EXPECT_EQ(miss, FolderWalk::Miss::Unreadable);
+                all += path + ": " + why;
+            });
+            Writers::inject({test.fault});
+            EXPECT_FALSE(walk.next());
+            EXPECT_EQ(all, test.told);
+        });
+    }
+    FolderWalk root({"/"}, [](FolderWalk::Miss, const std::string&, const std::string&) {});
+    const std::optional<FoundFile> found = root.next();
+    ASSERT_TRUE(found);
+    EXPECT_FALSE(found->path.starts_with("//")) << found->path;
+}
+
 TEST(Collect, TellsWhatItCannotUse) {
     const Folder folder;
     const std::string images = folder / "images";
@@ -173,6 +228,10 @@ TEST(Collect, TellsWhatItCannotUse) {
 }
 
 TEST(Collect, ErasedAndCutImagesAreImages) {
+    const std::string unknown("\x67\x12\x08\0\x91\xed\0\0", 8); // its checksum holds
+    const std::string ident = attenuator(1).substr(0, 44);
+    std::string damaged = ident;
+    damaged.back() ^= 1;
     const struct {
         std::string bytes;
         std::string why;
@@ -183,6 +242,13 @@ TEST(Collect, ErasedAndCutImagesAreImages) {
         {std::string(64, '\0'), "no block of it is known"},
         {"#!/bin/sh\necho\n", "no block of it is known"},
         {"", "empty"},
+        {unknown, "no block of it is known"},
+        {unknown + Support::image({0xFFFF, 0}), ""},
+        {unknown + ident, ""},
+        {unknown + damaged, "no block of it is known"},
+        {unknown + ident.substr(0, 20), "no block of it is known"},
+        {unknown + sampleBytes("second-edition.bin").substr(44, 624), ""},
+        {unknown + unknown, "no block of it is known"},
     };
     for (const auto& [bytes, why] : rows)
         EXPECT_EQ(whyNoImage(bytes, ModuleImage(std::span<const char>(bytes))), why) << bytes;
@@ -247,7 +313,10 @@ TEST(FleetDatabase, RefusesWhatIsNoneOfItsOwn) {
     sqlite3_close(made);
     { const FleetDatabase later(folder / "later", FleetDatabase::Access::Write); }
     asked(folder / "later", "PRAGMA user_version = 2");
-    write(folder / "empty", "");
+    for (const char* const name : {"empty", "marked", "versioned"})
+        write(folder / name, "");
+    asked(folder / "marked", "PRAGMA application_id = 5");
+    asked(folder / "versioned", "PRAGMA user_version = 1");
     const struct {
         std::string file;
         std::string whyRead;
@@ -255,6 +324,8 @@ TEST(FleetDatabase, RefusesWhatIsNoneOfItsOwn) {
     } rows[] = {
         {"text", "file is not a database", "file is not a database"},
         {"other", "a database of something else", "a database of something else"},
+        {"marked", "a database of something else", "a database of something else"},
+        {"versioned", "a database of something else", "a database of something else"},
         {"later", "schema version 2, this tool knows 1", "schema version 2, this tool knows 1"},
         {"empty", "an empty database", ""},
         {"missing", "No such file or directory", ""},
@@ -349,6 +420,75 @@ TEST(FleetRows, HoldWhatIsCutOffAsFarAsItGoes) {
     };
     for (const auto& [sql, answer] : rows)
         EXPECT_EQ(asked(database, sql), answer) << sql;
+    std::vector<std::string> problems;
+    for (const DamagedImage& image : damagedImages(FleetDatabase(database, FleetDatabase::Access::Read), {}))
+        problems.push_back(fs::path(image.module.path).filename().string() + std::to_string(image.problems.size()));
+    EXPECT_THAT(problems, testing::ElementsAre("cut1", "damaged2"));
+}
+
+// What is no number has no place among them: as a value it is left out, as a label its points are numbered.
+TEST(FleetRows, HoldNumbersOnly) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    for (int i = 1; i <= 6; ++i) {
+        Images::Bytes image = Images::changed(
+            "main-board", {"2.serial_number=" + std::to_string(i), "CWOP_DETLINCORR_A_DATA.correction[0][0]=nan"});
+        if (i == 6)
+            image = Images::assigned(image, "CWOP_DETLINCORR_A_FREQ.frequency[1]=nan");
+        write(folder / "images/" + std::to_string(i), {image.begin(), image.end()});
+    }
+    const std::pair<std::string, Images::Bytes> others[] = {
+        {"scalar", Images::changed("iq-modulator", {"10301.det_full_scale=nan"})},
+        {"wide", Images::tableOf(7, (std::uint64_t{1} << 53) - 1)}};
+    for (const auto& [name, image] : others)
+        write(folder / "images/" + name, {image.begin(), image.end()});
+    collected(database, {folder / "images"});
+    EXPECT_EQ(asked(database, "SELECT number, text FROM scalars WHERE field = 'det_full_scale'"), "NULL|NULL");
+    EXPECT_EQ(asked(database, "SELECT field, point_values FROM curves WHERE key = 'USER_40000'"),
+              "column_types|[7]\nvalues|[9007199254740991.0]");
+    EXPECT_EQ(asked(database,
+                    "SELECT point_values ->> 0, axis_values ->> 1, count(*) FROM curves WHERE key = "
+                    "'CWOP_DETLINCORR_A_DATA' AND field = 'correction' AND row = 0 GROUP BY axis_values ->> 1"),
+              "NULL|NULL|1\nNULL|34583333|5");
+    TrendQuestion question;
+    question.blocks = BlockSelector({"CWOP_DETLINCORR_A_DATA"});
+    question.fields = NameSelector({"correction"});
+    question.row = 0;
+    const std::vector<Trend> found = trends(FleetDatabase(database, FleetDatabase::Access::Read), question);
+    ASSERT_EQ(found.size(), 24U);
+    EXPECT_EQ(found[0].point.axisValue, 34583333);
+    EXPECT_EQ(found[0].modules, 5U);
+}
+
+// Equal dates have no slope, impossible ones no place.
+TEST(Questions, ATrendIsOverPlacesThatDiffer) {
+    const Folder folder;
+    const std::string database = folder / "fleet.sqlite";
+    for (int i = 1; i <= 6; ++i) {
+        const std::string number = std::to_string(i);
+        const Images::Bytes image =
+            Images::changed("detector-board", {"2.serial_number=" + number, "2.product_date=201" + number + "-01-01",
+                                               "15023.values[0][0]=-0." + number});
+        write(folder / "images/" + number, {image.begin(), image.end()});
+    }
+    collected(database, {folder / "images"});
+    TrendQuestion question;
+    question.blocks = BlockSelector({"15023"});
+    question.fields = NameSelector({"values"});
+    question.at = "0";
+    const auto answer = [&] { return trends(FleetDatabase(database, FleetDatabase::Access::Read), question); };
+    ASSERT_EQ(answer().size(), 1U);
+    EXPECT_DOUBLE_EQ(answer()[0].slope, -0.1);
+    EXPECT_TRUE(answer()[0].isSure());
+    question.over = TrendQuestion::Over::ProductionDate;
+    EXPECT_EQ(answer().at(0).modules, 6U);
+    asked(database, "UPDATE images SET production_date = '2011-02-31' WHERE serial_number = 1");
+    EXPECT_EQ(answer().at(0).modules, 5U);
+    asked(database, "UPDATE images SET production_date = '2011-02-01'");
+    EXPECT_TRUE(answer().empty());
+    question.over = TrendQuestion::Over::SerialNumber;
+    question.at = "0 GHz"; // of temperatures
+    EXPECT_TRUE(answer().empty());
 }
 
 /// Values of points over serial numbers and dates.
@@ -420,6 +560,7 @@ TEST(Statistics, FollowTheirFormulas) {
     EXPECT_EQ(line.intercept, 1);
     EXPECT_TRUE(std::isnan(theilSen(std::vector<double>{1, 1}, std::vector<double>{1, 2}).slope));
     EXPECT_TRUE(std::isnan(theilSen({}, {}).slope));
+    EXPECT_EQ(theilSen(std::vector<double>{1, 1, 2}, std::vector<double>{0, 2, 4}).slope, 3); // of 4 and 2
 }
 
 // Many points take the way that lists no pairs; the answer is that of all pairs.
@@ -442,6 +583,8 @@ TEST(Statistics, ManyPointsHaveTheSlopesOfAllPairs) {
         }
         const double expected = median(slopes);
         EXPECT_NEAR(theilSen(x, y).slope, expected, 1e-9 * std::abs(expected));
+        std::ranges::transform(x, y.begin(), [](double place) { return 2 * place; });
+        EXPECT_NEAR(theilSen(x, y).slope, 2, 1e-9);
     }
 }
 

@@ -101,6 +101,15 @@ TEST_F(ImageWriter, FindsItsPlace) {
                                      {"image", "/dev/null"}})
         EXPECT_FALSE(isSameFile(one, other)) << one << ' ' << other;
 
+    // As many links as the kernel follows, and one more.
+    fs::create_directory("links");
+    for (int i = 1; i <= 41; ++i)
+        fs::create_symlink(i == 1 ? "end" : std::to_string(i - 1), "links/" + std::to_string(i));
+    EXPECT_EQ(writeImageFile("links/40", bytesOf("first")).error, "");
+    EXPECT_EQ(get("links/40"), "first");
+    fs::remove("links/end");
+    EXPECT_EQ(writeImageFile("links/41", bytesOf("first")).error, "Too many levels of symbolic links");
+
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
     for (const std::string path : {"loop", "folder", "folder/", ".", "..", "", "none/image", "pipe", "/dev/null"}) {
         EXPECT_NE(writeImageFile(path, bytesOf("x")).error, "") << path;
@@ -112,7 +121,7 @@ TEST_F(ImageWriter, FindsItsPlace) {
         EXPECT_THAT(ImageEdit("flash").error(), HasSubstr("use its block device (mtdblock)"));
         fs::remove("flash");
     }
-    EXPECT_THAT(names(), ElementsAre("chain", "folder", "image", "later", "loop", "pipe"));
+    EXPECT_THAT(names(), ElementsAre("chain", "folder", "image", "later", "links", "loop", "pipe"));
 }
 
 TEST_F(ImageWriter, KeepsTheOldFileAsBackup) {
@@ -137,6 +146,9 @@ TEST_F(ImageWriter, WarnsOfHardLinks) {
     fs::create_hard_link("image", "other");
     EXPECT_THAT(change("image", "new").warnings, ElementsAre("has 1 other hard link, which keeps the old contents"));
     EXPECT_EQ(get("other"), "old bytes");
+    fs::create_hard_link("image", "another");
+    fs::create_hard_link("image", "third");
+    EXPECT_THAT(change("image", "newer").warnings, ElementsAre("has 2 other hard links, which keep the old contents"));
 }
 
 TEST_F(ImageWriter, LeavesAFileThatIsNotWhatWasRead) {
@@ -157,6 +169,16 @@ TEST_F(ImageWriter, LeavesAFileThatIsNotWhatWasRead) {
     fs::remove("image");
     EXPECT_NE(edit.commit().error, "");
     EXPECT_THAT(names(), ElementsAre("image~", "image~2"));
+}
+
+TEST_F(ImageWriter, AnOpenImageMayBeHandedOn) {
+    ImageEdit edit("image");
+    ImageEdit other(std::move(edit));
+    EXPECT_THAT(ImageEdit("image", 0).error(), HasSubstr("is being changed")) << "it is held, once";
+    put("another", "bytes of another");
+    other = ImageEdit("another");
+    EXPECT_EQ(other.original(), bytesOf("bytes of another"));
+    EXPECT_EQ(ImageEdit("image", 0).error(), "");
 }
 
 TEST_F(ImageWriter, WaitsForWhoeverElseIsAtWork) {
@@ -267,6 +289,17 @@ TEST_F(ImageWriter, ALeftOverIsRemovedByTheNext) {
     EXPECT_EQ(change("image", "newer").error, "");
     EXPECT_EQ(get("image"), "newer");
     EXPECT_TRUE(fs::is_directory(name));
+
+    // Nor does one that a writer is at work on, until he is gone.
+    fs::remove(name);
+    put(name, "half");
+    const int file = ::open(name.c_str(), O_RDONLY);
+    ASSERT_EQ(::flock(file, LOCK_EX), 0);
+    EXPECT_EQ(change("image", "newest").error, "");
+    EXPECT_TRUE(fs::exists(name));
+    ::close(file);
+    EXPECT_EQ(ImageEdit("image").error(), "");
+    EXPECT_FALSE(fs::exists(name)) << "whoever only looks tidies up, too";
 }
 
 TEST_F(ImageWriter, WritesInPlaceWhereAskedTo) {

@@ -17,6 +17,7 @@ enum class Fault {
     StopsHalfway, // and says that it failed
     TakesHalf,    // and says so
     TakesNothing, // and says so
+    Interrupted,  // by a signal, before it did anything
     Lies          // other bytes are stored or read than those that are there
 };
 
@@ -64,11 +65,13 @@ public:
 
 private:
     static std::size_t countOf(Fault fault, std::size_t count) {
-        if (fault == Fault::Fails || fault == Fault::TakesNothing)
+        if (fault == Fault::Fails || fault == Fault::TakesNothing || fault == Fault::Interrupted)
             return 0;
         return fault == Fault::StopsHalfway || fault == Fault::TakesHalf ? (count + 1) / 2 : count;
     }
     static std::ptrdiff_t resultOf(Fault fault, std::size_t count) {
+        if (fault == Fault::Interrupted)
+            return -EINTR;
         return fault == Fault::Fails || fault == Fault::StopsHalfway ? -EIO : static_cast<std::ptrdiff_t>(count);
     }
 };
@@ -87,6 +90,15 @@ TEST(InPlaceWriter, WritesWhatDiffersInAscendingOrder) {
     EXPECT_THAT(device.written, testing::IsEmpty());
     EXPECT_THAT(writeInPlace(device, newBytes, "short").error, HasSubstr("39 bytes"));
     EXPECT_EQ(device.bytes, newBytes);
+}
+
+TEST(InPlaceWriter, GoesOnAfterASignal) {
+    FaultyDevice device(oldBytes);
+    device.writes = {.fault = Fault::Interrupted, .first = 1};
+    device.reads = {.fault = Fault::Interrupted};
+    EXPECT_EQ(writeInPlace(device, oldBytes, newBytes).error, "");
+    EXPECT_EQ(device.bytes, newBytes);
+    EXPECT_EQ(device.written.size(), 4U) << "three, and the second once more";
 }
 
 /// Whatever happens, what is told is true.

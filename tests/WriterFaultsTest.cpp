@@ -29,6 +29,9 @@ TEST_F(WriterFaults, SystemCallsThatFailHarmNothing) {
         {{{SYS_openat, ENOENT, 2, withoutName}}, ""},
         {{{SYS_openat, EINVAL, 2, withoutName}}, ""},
         {{noFilesWithoutName, {SYS_openat, ENOSPC, 2, O_EXCL}}, "No space left"},
+        {{noFilesWithoutName, {SYS_openat, EEXIST, 2, O_EXCL}}, "File exists"},
+        {{{SYS_access, ENOENT}, {SYS_faccessat, ENOENT}}, ""}, // no /proc, by which a file gets its name
+        {{{SYS_linkat, EEXIST}}, "File exists"},
         {{{SYS_flock, ENOLCK}}, ""},
         {{{SYS_write, ENOSPC, 2, ofTheImage}}, "No space left"},
         {{noFilesWithoutName, {SYS_write, ENOSPC, 2, ofTheImage}}, "No space left"},
@@ -115,9 +118,15 @@ TEST_F(WriterFaults, SaysWhereWritingInPlaceWouldDo) {
             EXPECT_FALSE(change("image", "longer bytes").wouldDoInPlace);
             if (fault.error == EACCES) {
                 EXPECT_TRUE(change("image", "new bytes", {.backup = ""}).wouldDoInPlace);
+                EXPECT_FALSE(change("image", "longer bytes", {.backup = ""}).wouldDoInPlace);
+                EXPECT_FALSE(change("image", "new bytes", {.backup = "kept"}).wouldDoInPlace);
             }
         });
     }
+    inChild([] {
+        inject({{SYS_openat, ENOSPC, 2, withoutName}});
+        EXPECT_FALSE(change("image", "new bytes", {.backup = ""}).wouldDoInPlace) << "that is no right that lacks";
+    });
     EXPECT_EQ(get("image"), "old bytes");
 }
 
@@ -257,6 +266,7 @@ TEST_F(WriterFaults, AFileThatIsNewIsThereWholeOrNotAtAll) {
         {"new", {noFilesWithoutName, {SYS_renameat2, EIO}}, "Input/output error"},
         {"new", {noFilesWithoutName, {SYS_renameat2, EINVAL}, {SYS_linkat, EIO}}, "Input/output error"},
         {"new", {noFilesWithoutName, {SYS_renameat2, EINVAL}}, ""},
+        {"new", {noFilesWithoutName}, ""},
         {"image", {{SYS_stat, ENOENT}, {SYS_newfstatat, ENOENT}}, "comes and goes"},
     };
     for (const auto& test : cases) {
@@ -268,6 +278,51 @@ TEST_F(WriterFaults, AFileThatIsNewIsThereWholeOrNotAtAll) {
         EXPECT_THAT(names(), ElementsAre("image"));
     }
     EXPECT_EQ(get("image"), "old bytes");
+}
+
+// Another process may take the new file for a left-over, and remove it before it is locked.
+TEST_F(WriterFaults, NobodyWritesIntoAFileThatWasTakenAway) {
+    const std::vector<Fault> cases[] = {{{SYS_flock, EWOULDBLOCK}},
+                                        {{SYS_fstat, EIO}, {SYS_newfstatat, EIO, 3, AT_EMPTY_PATH}},
+                                        {{SYS_newfstatat, ENOENT, 3, AT_SYMLINK_NOFOLLOW}}};
+    for (const std::vector<Fault>& faults : cases) {
+        inChild([&] {
+            inject({noFilesWithoutName});
+            inject(faults);
+            EXPECT_EQ(writeImageFile("new", bytesOf("new bytes")).error, "Resource temporarily unavailable");
+        });
+        EXPECT_FALSE(fs::exists("new"));
+    }
+}
+
+TEST_F(WriterFaults, AnImageThatCannotBeReadAgainIsNotReplaced) {
+    inChild([] {
+        ImageEdit edit("image");
+        edit.bytes() = bytesOf("new bytes");
+        inject({{SYS_read, EIO}});
+        EXPECT_THAT(edit.commit().error, HasSubstr("was changed by another program"));
+    });
+    EXPECT_EQ(get("image"), "old bytes");
+}
+
+// The file itself is 31 of the descriptors, the only one whose number has all of these bits.
+TEST_F(WriterFaults, WhatIsWrittenInPlaceIsOnTheDisk) {
+    for (const int error : {EIO, EINVAL}) { // a device that has nothing to be synced says EINVAL
+        put("image", "old bytes");
+        inChild([&] {
+            while (::dup(STDERR_FILENO) < 29) {
+            }
+            inject({{SYS_fsync, error, 0, 31}});
+            const WriteReport report = change("image", "new bytes", {.backup = "kept", .inPlace = true});
+            EXPECT_EQ(report.error, error == EINVAL ? ""
+                                                    : "cannot be brought to the medium: Input/output error; the old "
+                                                      "bytes could not be written back, offsets 0 to 2 are unknown; "
+                                                      "the old bytes are in kept");
+        });
+        EXPECT_EQ(get("image"), error == EINVAL ? "new bytes" : "old bytes");
+        EXPECT_EQ(get("kept"), "old bytes");
+        fs::remove("kept");
+    }
 }
 
 TEST_F(WriterFaults, WhatWasSaidOfALinkIsTakenBackWhereNothingIsReplaced) {
