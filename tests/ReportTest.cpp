@@ -149,6 +149,9 @@ TEST(Report, ShowsWhatIsWrongAndWhatCannotBeRead) {
     EXPECT_TRUE(report.blocks.back()["tables"][0]["curves"].back()["values"][0].back().is_null());
 
     EXPECT_TRUE(reported({{}}, ReportForm::Module).blocks.empty());
+    const std::string unchanged = Support::image({100, 28, 0xFF80, 0}) + std::string(20, '\0');
+    EXPECT_THAT(reported({{unchanged.begin(), unchanged.end()}}, ReportForm::Module).head["sources"][0]["facts"].dump(),
+                HasSubstr(R"("label":"Modifications","value":"none")"));
     EXPECT_EQ(reported({{'\xFF', '\xFF', 0, 0}}, ReportForm::Module).blocks.size(), 1U);
 
     std::string blocks;

@@ -140,8 +140,9 @@ TEST(Names, MayBeGlobs) {
 }
 
 TEST(Names, ThatAreWrongHaveNearOnes) {
-    const std::vector<std::string> keys{"RFBO_RFLEVEL_MAX_DATA", "RFBO_RFLEVEL_MAX_FREQ", "IDENT_2", "POK_TEMPERATURE",
-                                        "TEMP_MAX"};
+    const std::vector<std::string> keys{
+        "RFBO_RFLEVEL_MAX_DATA", "RFBO_RFLEVEL_MAX_FREQ", "IDENT_2", "POK_TEMPERATURE", "TEMP_MAX",
+        std::string(101, 'T')};
     struct Case {
         std::string name;
         std::vector<std::string> near;
@@ -151,6 +152,9 @@ TEST(Names, ThatAreWrongHaveNearOnes) {
              {"ident_2", {"IDENT_2"}},
              {"IDNET_2", {"IDENT_2"}},
              {"TEMP", {"TEMP_MAX", "POK_TEMPERATURE"}},
+             {"IDENT_2", {}},
+             {"TE", {}},
+             {std::string(100, 'T'), {}},
              {"WHATEVER", {}},
              {"15716", {}},
              {"RFBO_RFLEVL*", {}},
