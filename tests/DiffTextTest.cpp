@@ -41,6 +41,22 @@ TEST(DiffText, PutsTheLargestChangesFirst) {
     EXPECT_NEAR(field.mean, (28 * 0.5 + 5 + 3) / 30, 1e-12);
 }
 
+TEST(DiffText, PutsWhatIsNoNumberAheadOfAll) {
+    const auto table = [](unsigned int rows, bool isCounted) {
+        std::string values;
+        for (unsigned int i = 0; i < rows; ++i)
+            values +=
+                (i == 0 ? "[" : ", [") + (isCounted && i == 7 ? "null" : std::to_string(isCounted ? i + 1 : 0)) + ']';
+        return built(R"([{"blocks": [{"key": "USER_40000", "fields": {"columns": 1, "column_types": [10], "rows": )" +
+                     std::to_string(rows) + R"(, "values": [)" + values + "]}}]}]");
+    };
+    const Bytes before = table(30, false);
+    const Bytes after = table(31, true);
+    EXPECT_THAT(diffText(ImageDiff(before, after), {"a", "b"}),
+                HasSubstr("30 of 30 changed, largest 30, mean 15.76, 1 only in b\n"
+                          "    [7][0]   0 -> -nan\n    [29][0]  0 -> 30  (+30)\n"));
+}
+
 TEST(DiffText, IsHarmless) {
     Bytes before = sample("rf-board");
     const std::size_t name = BlockLayout(2).find("name")->offset;
@@ -132,6 +148,13 @@ TEST(DiffText, SaysItInTheseWords) {
          "unknown  4712  only in a, 10 bytes at 0\nunknown  4711  moved by -10 to 0\nEND  65535  moved by -10 to 48\n"
          "blocks: 0 same, 2 moved, 1 only in a\n"},
         {bytesOf(plain + end),
+         bytesOf(unknown("ab", 4712) + full + end),
+         {},
+         "unknown  4712  only in b, 10 bytes at 0\n"
+         "unknown  4711  changed, 48 bytes at 0, moved by +10 to 10\n  checksum 0xed69 -> 0x9815\n  bytes at 8  " +
+             half + " ... -> " + otherHalf +
+             " ...  (20 bytes)\nEND  65535  moved by +10 to 58\nblocks: 0 same, 1 changed, 2 moved, 1 only in b\n"},
+        {bytesOf(plain + end),
          bytesOf(unknown(holes) + end),
          {},
          runs + "  ... and 2 more runs, 10 bytes in all\nblocks: 1 same, 1 changed\n"},
@@ -199,11 +222,17 @@ TEST(DiffText, TellsWhatLooksTheSame) {
         return bytes;
     };
     constexpr std::size_t frequencies = 1772; // 15715: 128 of 4 bytes behind 16
+    const Bytes sound = tableOf(10, 1.5);
+    Bytes wrongCrc = sound;
+    wrongCrc[8] ^= 1;
+    wrongCrc = bytesOf(Support::sealed({wrongCrc.begin(), wrongCrc.end() - 4}));
     const struct {
         Bytes before;
         Bytes after;
         std::string text;
     } rows[] = {
+        {sound, wrongCrc, "; sums hold -> are wrong\n"},
+        {board, cut(board, frequencies + 100), "  sums hold -> are not checked\n"},
         {tableOf(10, nan1), tableOf(10, nan2), "nan (01 00 00 00 00 00 f8 7f) -> nan (02 00 00 00 00 00 f8 7f)\n"},
         {tableOf(10, nan1), tableOf(10, 1.5), "nan -> 1.5\n"},
         {tableOf(10, infinity), tableOf(10, 1.5), "inf -> 1.5\n"},

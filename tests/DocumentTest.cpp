@@ -320,12 +320,19 @@ TEST(Document, SaysWhereItIsWrong) {
          "/0/rest/0/length: takes a whole number from 1 to 268435456"},
         {block(""), "/0/blocks/1: takes `id` or `key`"},
         {block(R"("id": 2, "feilds": {})"), "/0/blocks/1/feilds: unknown, takes offset, id*"},
+        {block(R"("id": 2, "length": 65536)"), "/0/blocks/1/length: takes a whole number from 0 to 65535"},
         {block(R"("id": 65536)"), "/0/blocks/1/id: takes a whole number from 0 to 65535"},
         {block(R"("id": -1)"), "/0/blocks/1/id: takes a whole number from 0 to 65535"},
         {block(R"("key": "NO_SUCH")"), "/0/blocks/1/key: no block has this key"},
         {block(R"("key": "IDENT_2")"), "/0/blocks/1/key: several blocks have this key, takes `id`, one of 2, 10"},
         {block(R"("id": 3, "key": "IDENT_2", "size": 8)"), "/0/blocks/1/key: not the key of block 3"},
         {block(R"("id": 2, "class": "HwDatablockEnd")"), "/0/blocks/1/class: block 2 takes HwDatablockIdent"},
+        {block(R"("id": 4711, "class": "HwDatablockIdent")"),
+         "/0/blocks/1/class: block 4711 takes HwDatablock2Edition or null"},
+        {block(R"("a\u001b~/b": 1)"), "/0/blocks/1/a?~0~1b: unknown, takes offset, id*"},
+        {block(R"("key": "USER_2")"), "/0/blocks/1/key: no block has this key"},
+        {block(R"("key": "USER_40000x")"), "/0/blocks/1/key: no block has this key"},
+        {block(R"("key": "USER_65536")"), "/0/blocks/1/key: no block has this key"},
         {block(R"("id": 3)"), "/0/blocks/1: block 3 has no class, takes `size`"},
         {block(R"("id": 65535, "checksum": 1)"), "/0/blocks/1/checksum: takes null, the block has no such word"},
         {block(R"("id": 2, "digest": "x")"), "/0/blocks/1/digest: takes a whole number from 0 to 4294967295"},
@@ -530,6 +537,14 @@ TEST(Document, OfAPartSaysSo) {
     ASSERT_EQ(part[0]["blocks"].size(), 1U);
     EXPECT_EQ(part[0]["blocks"][0]["fields"].size(), 1U);
     EXPECT_FALSE(buildImage(part.dump()).error.empty());
+    // The fields of all blocks that have them; of none, still a document.
+    filter.block = nullptr;
+    EXPECT_EQ(Support::parsed(documentOf(samples().at("rf-board"), filter))[0]["blocks"].size(), 1U);
+    filter.field = [](std::string_view field) { return field == "no_such"; };
+    const Json none = Support::parsedInOrder(documentOf(samples().at("rf-board"), filter));
+    EXPECT_TRUE(none[0]["blocks"].empty());
+    EXPECT_EQ(none[0]["partial"], true);
+    EXPECT_EQ(jsonDocument({}), "[]\n");
 }
 
 // What dump prints

@@ -8,6 +8,7 @@
 #include <travik/service/Values.h>
 
 #include <filesystem>
+#include <limits>
 #include <numeric>
 
 namespace ImageChangeTest {
@@ -327,6 +328,28 @@ TEST(AssignArray, StoresWhatSingleValuesStore) {
                 ASSERT_EQ(image, single);
             }
         }
+    }
+}
+
+TEST(AssignArray, StoresWideIntegersExactly) {
+    const struct {
+        const char* type;
+        decltype(ArrayAssignment::values) values;
+        std::uint64_t stored; ///< 7 where it is refused
+    } rows[] = {
+        {"7", std::vector<std::int64_t>{-1}, 7},
+        {"7", std::vector<std::int64_t>{std::numeric_limits<std::int64_t>::max()}, 0x7FFFFFFFFFFFFFFF},
+        {"7", std::vector<std::uint64_t>{0xFFFFFFFFFFFFFFFF}, 0xFFFFFFFFFFFFFFFF},
+        {"8", std::vector<std::uint64_t>{0x8000000000000000}, 7},
+        {"8", std::vector<std::int64_t>{-2}, 0xFFFFFFFFFFFFFFFE},
+    };
+    for (const auto& row : rows) {
+        std::vector<char> image =
+            buildImage(R"({"blocks": [{"key": "USER_40000", "fields": {"rows": 1, "columns": 1, "column_types": [)" +
+                       std::string(row.type) + R"(], "values": [[7]]}}]})")
+                .bytes;
+        EXPECT_EQ(assignArray(image, arrayOf(0, "values", row.values)).succeeded(), row.stored != 7);
+        EXPECT_EQ(bytes::load<std::uint64_t>(image, 24), row.stored);
     }
 }
 

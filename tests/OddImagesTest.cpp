@@ -54,7 +54,11 @@ TEST(OddImages, AreShownAsFarAsTheyFit) {
     constexpr std::size_t levels = 2300; // where the block 15716 stands in the board, and its first value behind 16
     Bytes wrongAxis = cut(changed("rf-board", {}), 2300);
     wrongAxis.erase(wrongAxis.begin(), wrongAxis.begin() + 1772); // 15715 alone
-    wrongAxis[16] ^= 1;                                           // whose sum does not hold
+    Bytes firstAxis = cut(changed("rf-board", {"15715.values[0][0]=8000"}), 2300);
+    firstAxis.erase(firstAxis.begin(), firstAxis.begin() + 1772);
+    Bytes levelsAlone = cut(changed("rf-board", {}), 2300 + 1040);
+    levelsAlone.erase(levelsAlone.begin(), levelsAlone.begin() + 2300);
+    wrongAxis[16] ^= 1; // whose sum does not hold
     const struct {
         const char* what;
         Bytes bytes;
@@ -97,6 +101,15 @@ TEST(OddImages, AreShownAsFarAsTheyFit) {
          "9000,19.50,\r\n9900,,\r\n"},
         {"an axis cut off", cut(changed("rf-board", {}), 1772 + 100), 15715, "values", false,
          "  values\n      0     9 kHz   9.9 kHz", "row,values (Hz)\r\n0,9000\r\n"},
+        {"the first of two axes", joined(firstAxis, changed("rf-board", {})), 15716, "values", false,
+         "  values  by RFBO_RFLEVEL_MAX_FREQ (15715)  and row\n",
+         "RFBO_RFLEVEL_MAX_FREQ (Hz),values[0],values[1]\r\n"
+         "8000,19.50,18.50\r\n"},
+        {"an axis cut off, further back", joined(levelsAlone, cut(firstAxis, 100)), 15716, "values", false,
+         "  values  by column, not fitting RFBO_RFLEVEL_MAX_FREQ (15715)  and row\n",
+         "column,values[0],values[1]\r\n0,19.50,18.50\r\n"},
+        {"an integer that no double is", Images::tableOf(7, ~std::uint64_t{0}), 40000, "values", false,
+         "  values\n    18446744073709551615\n", "row,values\r\n0,18446744073709551615\r\n"},
         {"the axis whose sum holds", joined(wrongAxis, changed("rf-board", {})), 15716, "values", false,
          "  values  by RFBO_RFLEVEL_MAX_FREQ (15715)  and row\n",
          "RFBO_RFLEVEL_MAX_FREQ (Hz),values[0],values[1]\r\n"
@@ -148,6 +161,25 @@ TEST(OddImages, HavePages) {
     Bytes wrong = changed("second-edition", {});
     wrong[144] ^= 1;
     EXPECT_EQ(parsed({wrong}, ReportForm::Module)[40100]["places"][0]["crc"], "wrong");
+}
+
+// Where a number would be shown otherwise on a page than elsewhere, its text is there.
+TEST(OddImages, HaveNumbersAsTheyAreShown) {
+    const auto tableOf = [](const std::string& fields) {
+        const Bytes image =
+            Images::built(R"([{"blocks": [{"key": "USER_40000", "fields": {"columns": 1, )" + fields + "}}]}]");
+        return Support::parsed(
+            reportOf(std::array{ReportImage{"a", image}}, ReportForm::Module, "t").blocks[0])["tables"];
+    };
+    const auto numbers = tableOf(R"("rows": 7, "column_types": [10],
+        "values": [[1e16], [-1e11], [1e-6], [null], [0.5], [0], [1e-5]])")
+                             .back();
+    EXPECT_EQ(numbers["curves"][0]["values"][0],
+              Support::parsed(R"(["1e+16", "-1e+11", "1e-06", "-nan", 0.5, 0, 1e-5])"));
+    EXPECT_EQ(numbers["plotted"], true);
+    const auto texts = tableOf(R"("rows": 2, "column_types": [20], "values": [["A"], ["B"]])").back();
+    EXPECT_EQ(texts["curves"][0]["values"][0], Support::parsed(R"(["A", "B"])"));
+    EXPECT_EQ(texts["plotted"], false);
 }
 
 TEST(OddImages, AreCompared) {

@@ -124,6 +124,11 @@ TEST(RecordEquality, EveryByteOfEveryRecord) {
     comparesEveryByte<MiscData<int, 10, 10>>("a bare table");
     comparesEveryByte<HwSDatablockIndexTable<double, 4, 5>>("a table with an index");
     comparesEveryByte<HwSDatablockExtendedTable<float, 2, 3, 4>>("a table with descriptors");
+    comparesEveryByte<HwSAttPolynomValues>("a polynomial of an attenuator");
+    comparesEveryByte<HwSPolynomValues>("a polynomial of a filter");
+    comparesEveryByte<HwSAduGainOffsetCalData>("offsets at a gain");
+    comparesEveryByte<HwSCwOp3AmGainDataBlock>("gains at a frequency");
+    comparesEveryByte<HwSLevCorrValues>("a correction at a level");
 }
 
 TEST(RecordEquality, FloatingFieldsCompareByValue) {

@@ -149,6 +149,17 @@ TEST(Report, ShowsWhatIsWrongAndWhatCannotBeRead) {
     EXPECT_TRUE(report.blocks.back()["tables"][0]["curves"].back()["values"][0].back().is_null());
 
     EXPECT_TRUE(reported({{}}, ReportForm::Module).blocks.empty());
+    const std::string unchanged = Support::image({100, 28, 0xFF80, 0}) + std::string(20, '\0');
+    EXPECT_THAT(reported({{unchanged.begin(), unchanged.end()}}, ReportForm::Module).head["sources"][0]["facts"].dump(),
+                HasSubstr(R"("label":"Modifications","value":"none")"));
+    EXPECT_EQ(reported({{'\xFF', '\xFF', 0, 0}}, ReportForm::Module).blocks.size(), 1U);
+
+    std::string blocks;
+    for (unsigned int id = 50000; id < 50300; ++id)
+        blocks += Support::image({id, 8, 1, 0}); // unknown, and the sum is wrong
+    const Parsed many = reported({{blocks.begin(), blocks.end()}}, ReportForm::Module);
+    EXPECT_EQ(many.head["sources"][0]["findings"].size(), 500U);
+    EXPECT_THAT(many.head["remarks"], testing::Contains("image 0: only 500 of 601 findings are shown"));
 }
 
 TEST(Report, HasCountersAndWhichOfThemDiffer) {

@@ -140,8 +140,9 @@ TEST(Names, MayBeGlobs) {
 }
 
 TEST(Names, ThatAreWrongHaveNearOnes) {
-    const std::vector<std::string> keys{"RFBO_RFLEVEL_MAX_DATA", "RFBO_RFLEVEL_MAX_FREQ", "IDENT_2", "POK_TEMPERATURE",
-                                        "TEMP_MAX"};
+    const std::vector<std::string> keys{
+        "RFBO_RFLEVEL_MAX_DATA", "RFBO_RFLEVEL_MAX_FREQ", "IDENT_2", "POK_TEMPERATURE", "TEMP_MAX",
+        std::string(101, 'T')};
     struct Case {
         std::string name;
         std::vector<std::string> near;
@@ -151,6 +152,9 @@ TEST(Names, ThatAreWrongHaveNearOnes) {
              {"ident_2", {"IDENT_2"}},
              {"IDNET_2", {"IDENT_2"}},
              {"TEMP", {"TEMP_MAX", "POK_TEMPERATURE"}},
+             {"IDENT_2", {}},
+             {"TE", {}},
+             {std::string(100, 'T'), {}},
              {"WHATEVER", {}},
              {"15716", {}},
              {"RFBO_RFLEVL*", {}},
@@ -310,6 +314,14 @@ TEST(Show, WritesBytesThatNobodyKnowsAsNumbers) {
                                                      "    060  01 01 01 01 ff 02\n");
     for (const auto& [size, first] : {std::pair(0x1000U, "\n    000  01 "), std::pair(0x1001U, "\n    0000  01 ")})
         EXPECT_THAT(Shown(block(4711, std::string(size, '\1'))).text("4711"), HasSubstr(first)) << size;
+    const Shown zeros(block(300, std::string("\x0A\0\0\0\0\0", 6)));
+    EXPECT_THAT(zeros.text("300"), testing::EndsWith("  operating_hours  10 h\n"));
+    EXPECT_THAT(zeros.text("300", only("*", true)), testing::EndsWith("  operating_hours  10 h\n"));
+    ShowOptions whole;
+    whole.isWhole = true;
+    EXPECT_THAT(zeros.text("300", whole), testing::EndsWith("\n\n  bytes from 12 on  2 bytes\n    000  00 00\n"));
+    EXPECT_THAT(Shown(block(4711, std::string(2, '\0'))).text("4711"), testing::EndsWith("\n    000  00 00\n"))
+        << "all there is of an unknown block";
     EXPECT_THAT(Shown(block(300, std::string("\x0A\0\0\0\xAB\xCD", 6))).text("300"),
                 testing::EndsWith("  operating_hours  10 h\n\n  bytes from 12 on  2 bytes\n    000  ab cd\n"))
         << "what no field covers";
@@ -379,6 +391,142 @@ TEST(Csv, QuotesWhatWouldEndACell) {
                                                                                      {"a\nb", "\"a\nb\""},
                                                                                      {"a\rb", "\"a\rb\""}})
         EXPECT_EQ(csvCell(text), cell);
+}
+
+/// A field of the bytes 0, 1, 2 and so on, along these dimensions.
+struct Made {
+    Field field;
+    FieldValues values;
+
+    explicit Made(std::vector<ValueDimension> dimensions) : field{.name = "n", .width = 1} {
+        unsigned int size = 1;
+        for (const ValueDimension& dimension : dimensions) {
+            field.dimensions[field.rank++] = {.extent = dimension.extent, .stride = 1};
+            size *= dimension.extent;
+        }
+        values.field = &field;
+        values.dimensions = std::move(dimensions);
+        for (unsigned int i = 0; i < size; ++i)
+            values.values.push_back(i);
+    }
+    Made(const Made&) = delete;
+    Made& operator=(const Made&) = delete;
+
+    std::string csv(bool isWhole = false) const {
+        std::string text;
+        const FieldValues* const one = &values;
+        const std::string why = appendCsv(text, ImageBlock(), {&one, 1}, isWhole);
+        return why.empty() ? text : why;
+    }
+};
+
+ValueDimension along(std::string_view name, unsigned int extent, unsigned int used) {
+    return {.name = name, .extent = extent, .used = used, .axisBlock = 0, .axis = nullptr};
+}
+
+ValueDimension labelled(std::string_view name, unsigned int extent, const Axis& axis) {
+    ValueDimension dimension = along(name, extent, static_cast<unsigned int>(axis.size()));
+    dimension.axis = std::make_shared<Axis>(axis);
+    return dimension;
+}
+
+TEST(Csv, LabelsRowsWithWhateverThereIs) {
+    Axis texts;
+    texts.name = "letter";
+    texts.texts = {"x", "y"};
+    Axis numbers;
+    numbers.name = "frequency";
+    numbers.unit = "Hz";
+    Axis rows = numbers;
+    numbers.values = {10, 20};
+    rows.byRow = {{10, 20}, {30, 40}};
+    const struct {
+        std::vector<ValueDimension> dimensions;
+        bool isWhole;
+        std::string csv;
+    } cases[] = {
+        {{along("", 2, 2)}, false, "index,n\r\n0,0\r\n1,1\r\n"},
+        {{labelled("a", 3, texts)}, true, "letter,n\r\nx,0\r\ny,1\r\n,2\r\n"},
+        {{along("a", 3, 2), along("b", 2, 1)}, false, "a,n\r\n0,0\r\n1,2\r\n"},
+        {{along("a", 3, 2), along("b", 2, 1)}, true, "a,n[0],n[1]\r\n0,0,1\r\n1,2,3\r\n2,4,5\r\n"},
+        {{along("a", 2, 2), along("b", 2, 0), along("c", 2, 2)}, false, "no values"},
+        {{labelled("a", 2, numbers), along("", 1, 1), along("", 2, 2), along("", 2, 2)},
+         false,
+         "frequency (Hz),index 1,index 2,n[0],n[1]\r\n"
+         "10,0,0,0,1\r\n20,0,0,4,5\r\n10,0,1,2,3\r\n20,0,1,6,7\r\n"},
+        // Labels of its own for each: a table each, of one column.
+        {{along("f", 2, 2), labelled("p", 2, rows)},
+         false,
+         "frequency (Hz),f,n\r\n10,0,0\r\n20,0,1\r\n30,1,2\r\n40,1,3\r\n"},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(Made(one.dimensions).csv(one.isWhole), one.csv);
+    const Made cube({along("", 3, 3), along("", 2, 2), along("b", 2, 2), along("", 1, 1)});
+    const FieldValues* const field = &cube.values;
+    EXPECT_EQ(tablesOf({&field, 1}, false).back().place(), " (1, b 1)");
+}
+
+TEST(Tables, HaveFieldsSideBySideThatBelongTogether) {
+    const auto count = [](const ValueDimension& left, const ValueDimension& right) {
+        const Made one({left});
+        const Made other({right});
+        return tablesOf(std::array{&one.values, &other.values}, false).size();
+    };
+    ValueDimension byBlock = along("", 3, 2);
+    byBlock.axisBlock = 7;
+    ValueDimension byOther = byBlock;
+    byOther.axisBlock = 8;
+    EXPECT_EQ(count(along("p", 3, 2), along("p", 3, 2)), 1U);
+    EXPECT_EQ(count(byBlock, byBlock), 1U);
+    EXPECT_EQ(count(along("", 3, 2), along("", 3, 2)), 2U) << "of one length by chance";
+    EXPECT_EQ(count(byBlock, byOther), 2U);
+    for (const ValueDimension& other : {along("q", 3, 2), along("p", 4, 2), along("p", 3, 3)})
+        EXPECT_EQ(count(along("p", 3, 2), other), 2U);
+}
+
+TEST(Tables, KnowPlainBytes) {
+    EXPECT_TRUE(isPlainBytes(Made({along("", 17, 17)}).values));
+    const std::vector<std::function<void(Made&)>> others{
+        [](Made& made) { made.field.rank = 2; },
+        [](Made& made) { made.field.width = 2; },
+        [](Made& made) { made.field.bits = 4; },
+        [](Made& made) { made.field.stored = Stored::Text; },
+        [](Made& made) { made.field.scale = 0.5; },
+        [](Made& made) { made.field.zero = 1; },
+        [](Made& made) { made.field.role = Role::Axis; },
+        [](Made& made) { made.field.unit = "V"; },
+        [](Made& made) { made.values.values.pop_back(); },
+        [](Made& made) { made.field.dimensions[0].stride = 2; },
+        [](Made& made) { made.field.dimensions[0].axisBlock = 7; },
+    };
+    for (std::size_t i = 0; i < others.size(); ++i) {
+        Made made({along("", 17, 17)});
+        others[i](made);
+        EXPECT_FALSE(isPlainBytes(made.values)) << i;
+    }
+}
+
+TEST(Tables, SayWhatTheirRowsAre) {
+    Axis axis;
+    axis.name = "f";
+    const struct {
+        int axisBlock;
+        bool hasAxis;
+        std::string title; ///< in the block 15716
+    } cases[] = {
+        {0, false, "row"},
+        {15716, false, "row"},
+        {15716, true, "f"},
+        {15715, true, "RFBO_RFLEVEL_MAX_FREQ (15715)"},
+        {4711, true, "f (4711)"},
+        {15715, false, "row, not fitting RFBO_RFLEVEL_MAX_FREQ (15715)"},
+        {4711, false, "row, not fitting (4711)"},
+    };
+    for (const auto& one : cases) {
+        ValueDimension dimension = one.hasAxis ? labelled("row", 2, axis) : along("row", 2, 2);
+        dimension.axisBlock = one.axisBlock;
+        EXPECT_EQ(dimensionTitle(dimension, 15716), one.title);
+    }
 }
 
 // Every number in use is in the table, once, with the text that JSON and dump have for it.

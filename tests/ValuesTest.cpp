@@ -124,6 +124,29 @@ TEST(Values, HaveNoAxisThatDoesNotFit) {
     EXPECT_FALSE(read.find("values")->dimensions[1].axis);
 }
 
+// Of a field that says nothing of its entries, or what the block does not have.
+TEST(Values, TakeWhatIsInUseFromWhereverItIsSaid) {
+    const ModuleImage image(sample("main-board.bin").bytes);
+    const ImageValues values(image);
+    const ImageBlock& block = blockOf(image, 12230);
+    const BlockLayout layout(block);
+    const auto last = [&](const char* count, int axisBlock, unsigned int extent) {
+        Field field = *layout.find("c1");
+        field.dimensions[1].count = "counts";
+        field.dimensions[2].count = count;
+        field.dimensions[2].axisBlock = axisBlock;
+        field.dimensions[2].extent = extent;
+        return values.shape(block, layout, field).dimensions[2];
+    };
+    const double most = std::ranges::max(values.read(blockOf(image, 12210)).find("counts")->values);
+    EXPECT_EQ(last(nullptr, 12210, 150).used, most);
+    EXPECT_EQ(last(nullptr, 12210, 2).used, 2U) << "more labels than there are places";
+    EXPECT_FALSE(last(nullptr, 12210, 2).axis);
+    EXPECT_EQ(last("no_such", 12210, 150).used, 150U);
+    for (const int noAxis : {2, 12230, 4711})
+        EXPECT_FALSE(last(nullptr, noAxis, 150).axis) << noAxis;
+}
+
 TEST(Values, OfASecondEditionTableFollowItsOwnTypes) {
     const ModuleImage image(sample("second-edition.bin").bytes);
     const ImageValues values(image);
@@ -171,6 +194,7 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
     Field phase{.name = "phase", .stored = Stored::I16, .width = 2, .unit = "deg", .scale = -0.01};
     Field single{.name = "gain", .stored = Stored::F32, .width = 4};
     Field bits{.name = "circular", .stored = Stored::U16, .width = 2, .bits = 14};
+    Field negated{.name = "offset", .stored = Stored::U16, .width = 2, .scale = -1, .bits = 4, .isSigned = true};
     Field text{.name = "name", .role = Role::Text, .stored = Stored::Text, .width = 4};
     Field date{.name = "date", .role = Role::Date, .stored = Stored::U16, .width = 2};
     struct Case {
@@ -193,6 +217,9 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
         {single, 3.4028236e38, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
         {single, -infinity, StoreOutcome::Exact, {0, 0, 0x80, 0xFF}},
         {bits, 1, StoreOutcome::Exact, {1, 0, 9, 9}},
+        {negated, -7, StoreOutcome::Exact, {7, 9, 9, 9}}, // and not the bits beside
+        {negated, -8, StoreOutcome::Exact, {8, 9, 9, 9}}, // the lowest stands for itself
+        {negated, 8, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
         {bits, 16384, StoreOutcome::OutOfRange, {9, 9, 9, 9}},
         {text, 1, StoreOutcome::WrongKind, {9, 9, 9, 9}},
     };
@@ -214,7 +241,14 @@ TEST(StoreValue, RefusesWhatAFieldCannotHold) {
     EXPECT_EQ(storeText(bytes, date, 0, "2018-11-15"), StoreOutcome::Exact);
     EXPECT_EQ(dateText(static_cast<unsigned int>(fieldValue(bytes, date))), "2018-11-15");
     EXPECT_EQ(storeText(bytes, date, 0, "2018-02-30"), StoreOutcome::NoDate);
+    EXPECT_EQ(dateText(0x10000 + *packedDate("2018-11-15")), "") << "more than the field holds";
     EXPECT_EQ(storeValue(std::span(bytes).first(1), date, 0, 1), StoreOutcome::Outside);
+    EXPECT_EQ(storeText(std::span(bytes).first(3), text, 0, "A"), StoreOutcome::Outside);
+    for (const std::string_view wrong : {"A\xC3",
+                                         "\xC3"
+                                         "A",
+                                         "\xC4\x80", "\x80", "\xC3\xC3"})
+        EXPECT_FALSE(toLatin1(wrong)) << testing::PrintToString(wrong);
 }
 
 TEST(StoreValue, KnowsEveryWidthToItsEnds) {
@@ -259,7 +293,8 @@ TEST(StoreValue, KnowsEveryWidthToItsEnds) {
     EXPECT_EQ(storeText(bytes, text, 0, std::string_view("A\0B", 3)), StoreOutcome::TooLong);
     EXPECT_EQ(storedText(bytes, text, 1), "");
     EXPECT_EQ(bytes, before);
-    for (const char* const date : {"1979-12-31", "2108-01-01", "2018-00-15", "2018-11-00", "2018-11-1x", "2018-11/15"})
+    for (const char* const date : {"1979-12-31", "2108-01-01", "2018-00-15", "2018-11-00", "2018-11-1x", "2018-11/15",
+                                   "2018/11-15", "2018-11-150"})
         EXPECT_FALSE(packedDate(date)) << date;
     EXPECT_TRUE(packedDate("1980-01-01") && packedDate("2107-12-31"));
 }

@@ -66,9 +66,7 @@ inline bool isSameField(const Field& left, const Field& right) {
     return form(left) == form(right) && std::ranges::equal(left.dimensions, right.dimensions, {}, steps, steps);
 }
 
-inline bool isNumber(const Field& field) {
-    return field.stored != Stored::Text && !(field.role == Role::Date && isPlainInteger(field));
-}
+inline bool isNumber(const Field& field) { return field.stored != Stored::Text && field.role != Role::Date; }
 
 /// Reads the elements of a field of one block.
 class ElementReader {
@@ -120,32 +118,26 @@ private:
 class Steps {
 public:
     explicit Steps(const Field& field)
-        : element_(elementOf(field)), plain_(element_), divisor_(std::nearbyint(1.0 / field.scale)),
+        : element_(elementOf(field)), divisor_(std::nearbyint(1.0 / field.scale)),
           divides_(std::abs(divisor_) > 1 && std::abs(divisor_) <= 1000 && 1.0 / divisor_ == field.scale),
-          isRecovered_(field.width <= 4 && alwaysComesBack(field)) {
-        plain_.scale = 1;
-        plain_.zero = 0;
-    }
+          isWide_(isWideInteger(field)) {}
 
     double difference(const ElementDiff& element, const ElementReader& before, const ElementReader& after) const {
+        if (isWide_)
+            return wideDifference(before.bytes(element.index), after.bytes(element.index));
         // Of up to 32 bits the values tell the steps.
         const double change = element.after - element.before;
-        const double steps = !isRecovered_ ? stepsBetween(before.bytes(element.index), after.bytes(element.index))
-                             : divides_    ? std::nearbyint(change * divisor_)
-                                           : std::nearbyint(change / element_.scale);
+        const double steps = std::nearbyint(divides_ ? change * divisor_ : change / element_.scale);
         return divides_ ? steps / divisor_ : steps * element_.scale;
     }
 
 private:
     Field element_;
-    Field plain_;
     double divisor_;
     bool divides_;
-    bool isRecovered_;
+    bool isWide_;
 
-    double stepsBetween(std::span<const char> before, std::span<const char> after) const {
-        if (element_.bits > 0 || (element_.stored != Stored::U64 && element_.stored != Stored::I64))
-            return fieldValue(after, plain_) - fieldValue(before, plain_);
+    double wideDifference(std::span<const char> before, std::span<const char> after) const {
         const auto from = bytes::load<std::uint64_t>(before, 0);
         const auto to = bytes::load<std::uint64_t>(after, 0);
         const bool isMore = element_.stored == Stored::U64
@@ -195,7 +187,7 @@ public:
             !std::isfinite(element.after))
             return false;
         const double larger = std::max(std::abs(element.before), std::abs(element.after));
-        const double rounding = field.stored == Stored::F32 && field.bits == 0 ? 0x1p-23 : 0x1p-52;
+        const double rounding = field.stored == Stored::F32 ? 0x1p-23 : 0x1p-52;
         const double difference = std::abs(element.difference);
         if (absolute_ > 0 && isWithin(difference, absolute_, rounding * larger))
             return true;

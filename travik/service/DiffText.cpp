@@ -67,8 +67,8 @@ struct Values {
     Values(const BlockDiff& block, const FieldDiff& field, const ElementDiff& element)
         : before(text(block.before, field.before, element.isInBefore, element)),
           after(text(block.after, field.after, element.isInAfter, element)) {
-        // Numbers that are shown alike and are not the same: their bytes tell.
-        if (before == after && element.isInBefore && element.isInAfter) {
+        // Numbers that are shown alike and are not the same: their bytes tell. None is shown as what is not there.
+        if (before == after) {
             before += " (" + bytes(*block.before, *field.before, element) + ')';
             after += " (" + bytes(*block.after, *field.after, element) + ')';
         }

@@ -9,8 +9,6 @@ namespace Travik {
 
 namespace {
 
-bool isFloating(const Field& field) { return field.bits == 0 && field.isFloating(); }
-
 void cover(std::vector<unsigned char>& covered, std::size_t offset, std::size_t width, std::uint32_t bits) {
     for (std::size_t i = 0; i < width; ++i)
         covered[offset + i] |= static_cast<unsigned char>(i < sizeof bits ? bits >> (8 * i) : bits);
@@ -19,11 +17,15 @@ void cover(std::vector<unsigned char>& covered, std::size_t offset, std::size_t 
 } // namespace
 
 bool isPlainInteger(const Field& field) {
-    return field.stored != Stored::Text && !isFloating(field) && field.scale == 1 && field.zero == 0;
+    return field.stored != Stored::Text && !field.isFloating() && field.scale == 1 && field.zero == 0;
+}
+
+bool isWideInteger(const Field& field) {
+    return (field.stored == Stored::U64 || field.stored == Stored::I64) && isPlainInteger(field);
 }
 
 bool alwaysComesBack(const Field& field) {
-    if (field.stored == Stored::Text || isFloating(field))
+    if (field.stored == Stored::Text || field.isFloating())
         return false;
     if (isPlainInteger(field))
         return true;

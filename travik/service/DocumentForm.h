@@ -20,6 +20,8 @@ inline constexpr unsigned short endBlockId = 0xFFFF;
 bool takesNull(const Field& field);
 /// Whether the numbers of the field are the stored integers themselves.
 bool isPlainInteger(const Field& field);
+/// Whether these have 64 bits: more digits than a double.
+bool isWideInteger(const Field& field);
 /// Whether every element comes back from a document, whatever its bytes are.
 bool alwaysComesBack(const Field& field);
 

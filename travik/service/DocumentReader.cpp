@@ -223,21 +223,18 @@ private:
         }
         if (!value.isNumber())
             return StoreOutcome::WrongKind;
-        // Of 64 bits, which no double has.
-        if (field_.stored == Stored::U64 && isPlainInteger(field_) && value.kind() == JsonValue::Kind::Natural) {
-            bytes::store(block_, offset, value.natural());
-            return StoreOutcome::Exact;
-        }
-        if (field_.stored == Stored::I64 && isPlainInteger(field_) && value.kind() != JsonValue::Kind::Real) {
-            if (value.kind() == JsonValue::Kind::Natural && value.natural() >> 63U != 0)
-                return StoreOutcome::OutOfRange;
-            if (value.kind() == JsonValue::Kind::Natural)
-                bytes::store(block_, offset, value.natural());
-            else
-                bytes::store(block_, offset, value.integer());
-            return StoreOutcome::Exact;
-        }
+        if (isWideInteger(field_) && value.kind() != JsonValue::Kind::Real)
+            return storeWide(value, offset);
         return storeValue(block_, element_, 0, value.number());
+    }
+
+    StoreOutcome storeWide(const JsonValue& value, std::size_t offset) {
+        const bool isNatural = value.kind() == JsonValue::Kind::Natural;
+        const bool isSigned = field_.stored == Stored::I64;
+        if (isNatural ? isSigned && value.natural() >> 63U != 0 : !isSigned)
+            return StoreOutcome::OutOfRange;
+        bytes::store(block_, offset, isNatural ? value.natural() : static_cast<std::uint64_t>(value.integer()));
+        return StoreOutcome::Exact;
     }
 };
 

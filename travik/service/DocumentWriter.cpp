@@ -100,7 +100,7 @@ private:
     void row(std::size_t offset, unsigned int count, std::size_t stride) {
         if (field_.stored == Stored::Text)
             each(offset, count, stride, [this](std::size_t at) { text(at); });
-        else if (field_.role == Role::Date && isPlainInteger(field_))
+        else if (field_.role == Role::Date)
             each(offset, count, stride, [this](std::size_t at) { date(at); });
         else if (field_.bits > 0 || field_.stored == Stored::F80)
             each(offset, count, stride, [this](std::size_t at) { number(at); });
@@ -139,7 +139,7 @@ private:
     void date(std::size_t at) {
         element_.offset = static_cast<unsigned int>(at);
         const double packed = fieldValue(block_, element_);
-        const std::string iso = packed >= 0 && packed <= 0xFFFF ? dateText(static_cast<unsigned int>(packed)) : "";
+        const std::string iso = dateText(static_cast<unsigned int>(packed));
         if (iso.empty())
             out_.whole(static_cast<long long>(packed));
         else

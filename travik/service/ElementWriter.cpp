@@ -1,4 +1,5 @@
 #include <travik/datablock/Bytes.h>
+#include <travik/service/DocumentForm.h>
 #include <travik/service/ElementWriter.h>
 #include <travik/service/Values.h>
 
@@ -15,12 +16,6 @@ constexpr const char* notWhole = "not a whole number, as the field stores them";
 
 bool isTextual(const Field& field, bool areStored) {
     return field.stored == Stored::Text || (field.role == Role::Date && !areStored);
-}
-
-/// Whether the field holds integers of 64 bits, and these are what is to be stored: no double has all of their digits.
-bool isWide(const Field& field) {
-    return field.bits == 0 && (field.stored == Stored::U64 || field.stored == Stored::I64) && field.scale == 1.0 &&
-           field.zero == 0.0;
 }
 
 } // namespace
@@ -47,7 +42,7 @@ std::string ElementWriter::writeText(std::span<char> block, unsigned int element
         return describe(storeText(block, field_, element, text), isRounded);
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
-    if (isWide(field_)) {
+    if (isWideInteger(field_)) {
         if (field_.stored == Stored::U64) {
             if (const auto natural = wholeText<std::uint64_t>(text))
                 return write(block, element, *natural, isRounded);
@@ -74,7 +69,7 @@ std::string ElementWriter::writeNumber(std::span<char> block, unsigned int eleme
     if (isText_)
         return describe(field_.stored == Stored::Text ? StoreOutcome::WrongKind : StoreOutcome::NoDate, isRounded);
     if constexpr (std::is_integral_v<Number>) {
-        if (isWide(field_)) {
+        if (isWideInteger(field_)) {
             const bool fits = field_.stored == Stored::U64 ? std::in_range<std::uint64_t>(number)
                                                            : std::in_range<std::int64_t>(number);
             if (!fits)

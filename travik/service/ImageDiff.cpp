@@ -132,12 +132,11 @@ std::string elementText(const ImageBlock& block, const Field* field, std::span<c
     if (element.stored == Stored::Text)
         return toUtf8(bytes::text(stored, 0, stored.size()));
     const double number = fieldValue(stored, element);
-    if (element.role == Role::Date && number >= 0 && number <= 0xFFFF) {
+    if (element.role == Role::Date) {
         if (std::string date = dateText(static_cast<unsigned int>(number)); !date.empty())
             return date;
     }
-    const bool isWide = element.bits == 0 && (element.stored == Stored::U64 || element.stored == Stored::I64);
-    return isWide && isPlainInteger(element) ? storedText(stored, element, 0) : NumberFormat(element).text(number);
+    return isWideInteger(element) ? storedText(stored, element, 0) : NumberFormat(element).text(number);
 }
 
 } // namespace Travik

@@ -82,8 +82,11 @@ bool storeExtended(std::span<char> block, std::size_t offset, double number) {
         exponent = static_cast<unsigned int>(power - 1 + bias);
     }
     const auto word = static_cast<std::uint16_t>(exponent | (std::signbit(number) ? 0x8000U : 0U));
-    return bytes::inside(block.size(), offset, 10) && bytes::store(block, offset, significand) &&
-           bytes::store(block, offset + sizeof significand, word);
+    if (!bytes::inside(block.size(), offset, sizeof significand + sizeof word))
+        return false;
+    bytes::store(block, offset, significand);
+    bytes::store(block, offset + sizeof significand, word);
+    return true;
 }
 
 // The number is in range, and whole where integers are stored.
@@ -244,7 +247,7 @@ std::string storedText(std::span<const char> block, const Field& field, unsigned
     plain.rank = 0;
     plain.offset = static_cast<unsigned int>(offset);
     const double number = fieldValue(block, plain);
-    if (field.stored == Stored::F32 && field.bits == 0 && std::isfinite(number)) {
+    if (field.stored == Stored::F32 && std::isfinite(number)) {
         std::array<char, 40> text; // the shortest that reads back as the float
         return {text.data(), std::to_chars(text.data(), text.data() + text.size(), static_cast<float>(number)).ptr};
     }

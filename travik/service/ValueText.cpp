@@ -1,17 +1,9 @@
 #include <travik/datablock/Bytes.h>
+#include <travik/service/DocumentForm.h>
 #include <travik/service/StoreValue.h>
 #include <travik/service/ValueText.h>
 
 namespace Travik {
-
-namespace {
-
-bool isWide(const Field& field) {
-    return field.bits == 0 && (field.stored == Stored::U64 || field.stored == Stored::I64) && field.scale == 1.0 &&
-           field.zero == 0.0;
-}
-
-} // namespace
 
 ElementText::ElementText(const ImageBlock& block, const FieldValues& values)
     : block_(block), values_(values), format_(*values.field) {}
@@ -27,7 +19,7 @@ std::string ElementText::text(std::size_t element, bool isExact) const {
         return {};
     if (element < values_.texts.size() && (values_.isText() || !values_.texts[element].empty()))
         return values_.texts[element];
-    if (isWide(field))
+    if (isWideInteger(field))
         return storedText(block_.bytes, field, index);
     const double number = values_.values[element];
     return isExact ? format_.exact(number) : format_.text(number);
