@@ -135,6 +135,17 @@ TEST(Collect, FollowsWhatBecomesOfTheFiles) {
     // What is no image any more has vanished as one.
     write(images + "/a.bin", "overwritten with a text");
     EXPECT_EQ(collected(database, all), (Counts{1, 0, 0, 1, 1, 0, 0, 3, 0}));
+    EXPECT_EQ(collected(database, all), (Counts{1, 0, 0, 1, 0, 0, 0, 3, 0}));
+    // Another file of the same size and time.
+    write(folder / "other", attenuator(3));
+    fs::last_write_time(folder / "other", fs::last_write_time(images + "/deep/er/b.bin"));
+    fs::rename(folder / "other", images + "/deep/er/b.bin");
+    EXPECT_EQ(collected(database, all), (Counts{1, 0, 1, 0, 0, 0, 0, 3, 0}));
+    Writers::inChild([&] {
+        Writers::inject({{SYS_read, EIO}});
+        EXPECT_EQ(collected(folder / "new.sqlite", {images + "/deep"}, &told, 1), (Counts{0, 0, 0, 0, 0, 0, 0, 0, 1}));
+        EXPECT_EQ(told.back(), images + "/deep/er/b.bin: Input/output error");
+    });
     EXPECT_EQ(asked(database, soundly), "ok");
 }
 
@@ -439,11 +450,13 @@ TEST(FleetRows, HoldNumbersOnly) {
     }
     const std::pair<std::string, Images::Bytes> others[] = {
         {"scalar", Images::changed("iq-modulator", {"10301.det_full_scale=nan"})},
+        {"part", Images::changed("rf-board", {"2.part_number=4294967295"})},
         {"wide", Images::tableOf(7, (std::uint64_t{1} << 53) - 1)}};
     for (const auto& [name, image] : others)
         write(folder / "images/" + name, {image.begin(), image.end()});
     collected(database, {folder / "images"});
     EXPECT_EQ(asked(database, "SELECT number, text FROM scalars WHERE field = 'det_full_scale'"), "NULL|NULL");
+    EXPECT_EQ(asked(database, "SELECT part_number, length(module) FROM images WHERE path LIKE '%/part'"), "NULL|32");
     EXPECT_EQ(asked(database, "SELECT field, point_values FROM curves WHERE key = 'USER_40000'"),
               "column_types|[7]\nvalues|[9007199254740991.0]");
     EXPECT_EQ(asked(database,

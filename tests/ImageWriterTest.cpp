@@ -115,6 +115,8 @@ TEST_F(ImageWriter, FindsItsPlace) {
         EXPECT_NE(writeImageFile(path, bytesOf("x")).error, "") << path;
         EXPECT_NE(ImageEdit(path).error(), "") << path;
     }
+    for (const std::string backup : {".", "..", "folder/"})
+        EXPECT_EQ(change("image", "x", {.backup = backup}).error, "backup " + backup + ": Is a directory");
     EXPECT_NE(ImageEdit("not there").error(), "");
     const dev_t flash = makedev(90, 0);
     if (::mknod("flash", S_IFCHR | 0600, flash) == 0) {

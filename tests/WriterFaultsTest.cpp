@@ -201,9 +201,12 @@ TEST_F(WriterFaults, PermissionsMayNarrowButAreTold) {
 // An access control list says who may do what; a signature is of bytes that are others now.
 TEST_F(WriterFaults, AttributesOfTheSystemAreKeptOrNotNeeded) {
     const std::string list = accessList(4);
+    const std::string rights("\1\0\0\2\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 20); // none
     if (::setxattr("image", "system.posix_acl_access", list.data(), list.size(), 0) != 0 ||
         ::setxattr("image", "security.ima", "x", 1, 0) != 0)
         GTEST_SKIP() << "no access control lists here, or no rights to sign";
+    ::setxattr("image", "security.evm", "\3", 1, 0); // where the kernel lets it
+    ::setxattr("image", "security.capability", rights.data(), rights.size(), 0);
     inChild([] {
         inject({{SYS_fsetxattr, EPERM}});
         EXPECT_THAT(change("image", "new").error, HasSubstr("system.posix_acl_access cannot be kept: Operation not"));
@@ -212,7 +215,8 @@ TEST_F(WriterFaults, AttributesOfTheSystemAreKeptOrNotNeeded) {
     const WriteReport report = change("image", "new");
     EXPECT_EQ(report.error, "");
     EXPECT_THAT(report.warnings, IsEmpty());
-    EXPECT_EQ(attribute("image", "security.ima"), "none");
+    for (const char* const name : {"security.ima", "security.evm", "security.capability"})
+        EXPECT_EQ(attribute("image", name), "none") << name;
 }
 
 // A file of another size is written in place where it cannot be replaced.
