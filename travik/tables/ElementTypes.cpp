@@ -55,13 +55,6 @@ struct None {
 };
 
 template <class T>
-bool storeWhole(std::span<char> stored, const std::optional<T>& whole) {
-    if (whole)
-        bytes::store(stored, 0, *whole);
-    return whole.has_value();
-}
-
-template <class T>
 struct Integer {
     static constexpr unsigned int size = sizeof(T);
 
@@ -69,7 +62,7 @@ struct Integer {
 
     static bool store(std::span<char> stored, const ElementValue& value) {
         const std::optional<T> whole = integerOf(value);
-        return storeWhole(stored, whole);
+        return whole && bytes::store(stored, 0, *whole);
     }
 
     // Integers do not go through the floating types: a long double need not hold 64 bits.
@@ -100,10 +93,7 @@ struct Floating {
         if (!number)
             return false;
         const T nearest = static_cast<T>(*number);
-        if (std::isfinite(*number) && !std::isfinite(nearest))
-            return false;
-        bytes::store(stored, 0, nearest);
-        return true;
+        return (std::isfinite(nearest) || !std::isfinite(*number)) && bytes::store(stored, 0, nearest);
     }
 };
 
@@ -123,9 +113,8 @@ struct Extended {
             return false;
         const ExtendedFloat parts = ExtendedFloat::of(*number);
         const unsigned int word = parts.exponent | (parts.negative ? signBit : 0U);
-        bytes::store(stored, 0, parts.significand);
-        bytes::store(stored, wordOffset, static_cast<std::uint16_t>(word));
-        return true;
+        return bytes::store(stored, 0, parts.significand) &&
+               bytes::store(stored, wordOffset, static_cast<std::uint16_t>(word));
     }
 };
 
@@ -145,7 +134,7 @@ struct FixedPoint {
         constexpr std::array scales{1.0L, 10.0L, 100.0L, 1000.0L, 10000.0L};
         const auto number = numberOf(value);
         const auto whole = number ? wholeNumber<T>(std::round(*number * scales[Decimals])) : std::nullopt;
-        return storeWhole(stored, whole);
+        return whole && bytes::store(stored, 0, *whole);
     }
 };
 
@@ -156,10 +145,7 @@ struct Character {
 
     static bool store(std::span<char> stored, const ElementValue& value) {
         const std::string* const text = textOf(value);
-        if (!text || text->size() != 1)
-            return false;
-        bytes::store(stored, 0, text->front());
-        return true;
+        return text && text->size() == 1 && bytes::store(stored, 0, text->front());
     }
 };
 
@@ -172,10 +158,8 @@ struct Text {
     // A text with a NUL inside would not come back whole.
     static bool store(std::span<char> stored, const ElementValue& value) {
         const std::string* const text = textOf(value);
-        if (!text || text->size() > Length || text->find('\0') != std::string::npos)
-            return false;
-        bytes::storeText(stored, 0, Length, *text);
-        return true;
+        return text && text->size() <= Length && text->find('\0') == std::string::npos &&
+               bytes::storeText(stored, 0, Length, *text);
     }
 };
 
