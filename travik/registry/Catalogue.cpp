@@ -44,13 +44,16 @@ constexpr CatalogueEntry table(const TableSpec& spec) {
 }
 
 std::unique_ptr<HwDatablock> levconTempData(const CatalogueEntry& entry, int id) {
-    return std::make_unique<HwDatablockToviVectorLevconTempData>(HwDatablockToviVectorLevconTempData::keyOf(id),
-                                                                 id - entry.first);
+    return made<HwDatablockToviVectorLevconTempData>(HwDatablockToviVectorLevconTempData::keyOf(id), id - entry.first);
 }
 
 /// Its key is its creator's choice; a block that is found in an image gets the usual one.
 std::unique_ptr<HwDatablock> rfImbalance(const CatalogueEntry& /*entry*/, int /*id*/) {
-    return std::make_unique<HwDatablockWenWiqRfImbalanceData>(HwDatablockWenWiqRfImbalanceData::table.key, 0, false);
+    return made<HwDatablockWenWiqRfImbalanceData>(HwDatablockWenWiqRfImbalanceData::table.key, 0, false);
+}
+
+std::unique_ptr<HwDatablock> analogOutput(const CatalogueEntry& entry, int id) {
+    return made<HwWenDatablockAnalogOutputCalibration>(static_cast<unsigned int>(id - entry.first), false);
 }
 
 constexpr CatalogueEntry rowsOfAllClasses[] = {
@@ -187,7 +190,7 @@ constexpr CatalogueEntry rowsOfAllClasses[] = {
     table<int, 1, 1>({.id = 15026, .key = "DET_TEMPCORR_HIGH_FREQ", .scale = 100.0}),
     table<int, 10, 10>({.id = 15027, .key = "DET_TEMPCORR_MIN_FREQ_VALUES", .scale = 100.0}),
     table<int, 10, 10>({.id = 15028, .key = "DET_TEMPCORR_MAX_FREQ_VALUES", .scale = 100.0}),
-    rowsByInstance<HwWenDatablockAnalogOutputCalibration, false>(15500, 15501).unregistered(),
+    rowsMadeBy<HwWenDatablockAnalogOutputCalibration>(15500, 15501, analogOutput).unregistered(),
     row<HwDatablockWENDelay>(15504).unregistered(),
     row<HwDatablockWenAnalogImbalanceFreq>(15600).unregistered(),
     row<HwDatablockWenAnalogImbalanceGainI>(15601).unregistered(),

@@ -117,6 +117,13 @@ using Create = std::unique_ptr<HwDatablock> (*)(const CatalogueEntry& entry, int
 using Key = std::string (*)(const CatalogueEntry& entry, int id);
 using Fields = FieldList (*)(const CatalogueEntry& entry, int id);
 
+/// A block as its base class: a pointer that knew the class, and its conversion, would be compiled once a class for
+/// nothing.
+template <class Block, class... Arguments>
+std::unique_ptr<HwDatablock> made(Arguments... arguments) {
+    return std::unique_ptr<HwDatablock>(new Block(arguments...));
+}
+
 /// Blocks that are made by a function of the row's own.
 template <class Block>
 constexpr Row<Block> rowsMadeBy(int first, int last, Create create, Key key = keyOf<Block>,
@@ -138,9 +145,7 @@ constexpr Row<Block> rowsMadeBy(int first, int last, Create create, Key key = ke
 /// A class that is made without arguments, its stop flag false or fixed.
 template <class Block>
 constexpr Row<Block> row(int first, int last) {
-    return rowsMadeBy<Block>(first, last, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
-        return std::make_unique<Block>();
-    });
+    return rowsMadeBy<Block>(first, last, [](const CatalogueEntry&, int) { return made<Block>(); });
 }
 template <class Block>
 constexpr Row<Block> row(int id) {
@@ -150,9 +155,7 @@ constexpr Row<Block> row(int id) {
 /// A class that is made with the stop flag, which is true.
 template <class Block>
 constexpr Row<Block> rowWithStopFlag(int id) {
-    return rowsMadeBy<Block>(id, id, [](const CatalogueEntry&, int) -> std::unique_ptr<HwDatablock> {
-        return std::make_unique<Block>(true);
-    });
+    return rowsMadeBy<Block>(id, id, [](const CatalogueEntry&, int) { return made<Block>(true); });
 }
 
 /// The fields of an instance, by those of the first.
@@ -171,10 +174,7 @@ inline FieldList withAxesOf(int instance, FieldList list) {
 template <class Block, auto... Further>
 constexpr Row<Block> rowsByInstance(int first, int last) {
     return rowsMadeBy<Block>(
-        first, last,
-        [](const CatalogueEntry& entry, int id) -> std::unique_ptr<HwDatablock> {
-            return std::make_unique<Block>(id - entry.first, Further...);
-        },
+        first, last, [](const CatalogueEntry& entry, int id) { return made<Block>(id - entry.first, Further...); },
         keyOf<Block>,
         [](const CatalogueEntry& entry, int id) { return withAxesOf(id - entry.first, fieldsOf<Block>(entry, id)); });
 }
@@ -182,9 +182,7 @@ constexpr Row<Block> rowsByInstance(int first, int last) {
 /// A class that is made with its identifier.
 template <class Block>
 constexpr Row<Block> rowsByIdentifier(int first, int last) {
-    return rowsMadeBy<Block>(first, last, [](const CatalogueEntry&, int id) -> std::unique_ptr<HwDatablock> {
-        return std::make_unique<Block>(id);
-    });
+    return rowsMadeBy<Block>(first, last, [](const CatalogueEntry&, int id) { return made<Block>(id); });
 }
 
 /// A table that is an instance of a template without a class of its own; its user type is double, its flag true.
@@ -194,8 +192,8 @@ constexpr CatalogueEntry bareTable(const TableSpec& spec) {
     using Block = Template<MiscData<StoreT, N, M>, StoreT, double, N, M>;
     CatalogueEntry entry = rowsMadeBy<Block>(
         spec.id, spec.id,
-        [](const CatalogueEntry& e, int id) -> std::unique_ptr<HwDatablock> {
-            return std::make_unique<Block>(e.table.key, static_cast<unsigned int>(id), 0, e.table.scale, N, M, true);
+        [](const CatalogueEntry& e, int id) {
+            return made<Block>(e.table.key, static_cast<unsigned int>(id), 0U, e.table.scale, N, M, true);
         },
         [](const CatalogueEntry& e, int) -> std::string { return e.table.key; },
         [](const CatalogueEntry& e, int) { return tableFields(Block::shape, e.table); });
