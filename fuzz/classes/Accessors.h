@@ -279,8 +279,8 @@ void addCouple(BlockClass& table) {
         [&]<class Value, class... Index>(std::tuple<Value, Index...>* /*type*/) {
             if constexpr (isValue<Value> && takesIndices<std::tuple<Index...>> && takesIndices<GetParameters> &&
                           sizeof...(Index) == std::tuple_size_v<GetParameters>) {
-                table.couples.push_back(
-                    {SetOperation::name, GetOperation::name, {}, CoupleCheck<set, get, Value, Index...>::check});
+                enterCouple(table, SetOperation::name, GetOperation::name,
+                            CoupleCheck<set, get, Value, Index...>::check);
             }
         }(static_cast<typename Signature<decltype(set)>::Parameters*>(nullptr));
     }
@@ -294,10 +294,10 @@ void addAccessor(BlockClass& table) {
         constexpr auto operation = Operation::template of<Block>();
         if constexpr (std::is_function_v<std::remove_pointer_t<decltype(operation)>> ||
                       std::is_member_function_pointer_v<decltype(operation)>) {
-            const std::string_view name = Operation::name;
-            const bool changes =
+            constexpr std::string_view name = Operation::name;
+            constexpr bool changes =
                 !Signature<decltype(operation)>::isConst && !name.starts_with("get") && !name.starts_with("print");
-            table.accessors.push_back({Operation::name, changes, call<operation>});
+            enterAccessor(table, Operation::name, changes, call<operation>);
         }
     } else {
         static_assert(isConditional(Operation::name) || !Operation::template isMember<Block>,
@@ -363,25 +363,18 @@ void addTakeOver(BlockClass& table) {
 template <class Block, class Operations, class Couples>
 bool addClass(const char* name) {
     if constexpr (std::derived_from<Block, HwDatablock> && !std::is_abstract_v<Block>) {
-        BlockClass table{
-            .name = name,
-            .type = typeid(Block),
-            .recordSize = 0,
-            .isBaseOf = [](const HwDatablock& block) { return dynamic_cast<const Block*>(&block) != nullptr; },
-            .make = nullptr,
-            .takeOver = nullptr,
-            .accessors = {},
-            .couples = {}};
+        BlockClass& table = enterClass(name, typeid(Block), [](const HwDatablock& block) {
+            return dynamic_cast<const Block*>(&block) != nullptr;
+        });
         if constexpr (std::is_default_constructible_v<Block>)
-            table.make = []() -> std::unique_ptr<HwDatablock> { return std::make_unique<Block>(); };
+            table.make = []() -> HwDatablock* { return new Block(); };
         else if constexpr (std::is_constructible_v<Block, bool>)
-            table.make = []() -> std::unique_ptr<HwDatablock> { return std::make_unique<Block>(false); };
+            table.make = []() -> HwDatablock* { return new Block(false); };
         [&]<class... Each>(OperationList<Each...>) { (detail::addAccessor<Block, Each>(table), ...); }(Operations());
         [&]<class... Set, class... Get>(CoupleList<CoupleOf<Set, Get>...>) {
             (detail::addCouple<Block, Set, Get>(table), ...);
         }(Couples());
         detail::addTakeOver<Block>(table);
-        blockClasses().push_back(std::move(table));
         return true;
     } else {
         return false;

@@ -61,6 +61,27 @@ std::vector<BlockClass>& blockClasses() {
     return classes;
 }
 
+BlockClass& enterClass(const char* name, const std::type_info& type,
+                       bool (*isBaseOf)(const Travik::HwDatablock& block)) {
+    return blockClasses().emplace_back(BlockClass{.name = name,
+                                                  .type = type,
+                                                  .recordSize = 0,
+                                                  .isBaseOf = isBaseOf,
+                                                  .make = nullptr,
+                                                  .takeOver = nullptr,
+                                                  .accessors = {},
+                                                  .couples = {}});
+}
+
+void enterAccessor(BlockClass& table, const char* name, bool changes, void (*call)(Surroundings& with)) {
+    table.accessors.push_back({name, changes, call});
+}
+
+void enterCouple(BlockClass& table, const char* setter, const char* getter,
+                 void (*check)(Surroundings& with, const Rule& rule)) {
+    table.couples.push_back({setter, getter, {}, check});
+}
+
 const BlockClass* classOf(const Travik::HwDatablock& block) {
     const std::type_index type = typeid(block);
     const auto found = std::ranges::find(std::as_const(blockClasses()), type, &BlockClass::type);
@@ -69,7 +90,7 @@ const BlockClass* classOf(const Travik::HwDatablock& block) {
 
 std::unique_ptr<Travik::HwDatablock> Subject::make() const {
     if (id < 0)
-        return blockClass->make();
+        return std::unique_ptr<Travik::HwDatablock>(blockClass->make());
     const Travik::CatalogueEntry& entry = *Travik::findEntry(id);
     return entry.create(entry, id);
 }

@@ -36,8 +36,8 @@ struct BlockClass {
     std::size_t recordSize; ///< 0 where it has no record
     /// Whether the block is of the class or of one derived from it.
     bool (*isBaseOf)(const Travik::HwDatablock& block);
-    /// Null for a class that is not made without arguments.
-    std::unique_ptr<Travik::HwDatablock> (*make)();
+    /// The caller's; null for a class that is not made without arguments.
+    Travik::HwDatablock* (*make)();
     /// Takes a record over that the input makes up; null for a class without.
     void (*takeOver)(Surroundings& with);
     std::vector<Accessor> accessors;
@@ -46,6 +46,14 @@ struct BlockClass {
 
 /// Every class that the headers define, and the tables of the catalogue without one, in no order.
 std::vector<BlockClass>& blockClasses();
+/// Enter into the table what a header's file knows. Not written out there: it would be done thousands of times, and
+/// most of the work of the compiler. A class is valid until the next one is entered.
+BlockClass& enterClass(const char* name, const std::type_info& type,
+                       bool (*isBaseOf)(const Travik::HwDatablock& block));
+void enterAccessor(BlockClass& table, const char* name, bool changes, void (*call)(Surroundings& with));
+void enterCouple(BlockClass& table, const char* setter, const char* getter,
+                 void (*check)(Surroundings& with, const Rule& rule));
+
 const BlockClass* classOf(const Travik::HwDatablock& block);
 
 /// Every kind of block there is: one for each identifier of the catalogue, then one for each class that no identifier
