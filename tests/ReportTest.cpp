@@ -6,6 +6,7 @@
 #include <travik/service/ValueText.h>
 
 #include <cmath>
+#include <set>
 
 namespace ReportTest {
 
@@ -162,15 +163,26 @@ TEST(Report, ShowsWhatIsWrongAndWhatCannotBeRead) {
     EXPECT_THAT(many.head["remarks"], testing::Contains("image 0: only 500 of 601 findings are shown"));
 }
 
-TEST(Report, HasCountersAndWhichOfThemDiffer) {
+/// What the page of a sample says of its module in the groups named.
+std::vector<std::string> factsOf(const std::string& name, const std::set<std::string>& groups) {
     std::vector<std::string> told;
-    const Parsed report = reported({sample("step-attenuator")}, ReportForm::Module);
+    const Parsed report = reported({sample(name)}, ReportForm::Module);
     for (const Json& fact : report.head["sources"][0]["facts"]) {
-        if (fact["group"] == "Counters" || fact["group"] == "Statistics")
+        if (groups.contains(fact["group"]))
             told.push_back(fact["label"].get<std::string>() + ": " + fact["value"].get<std::string>() +
                            (fact.contains("mark") ? ", " + fact["mark"].get<std::string>() : ""));
     }
-    EXPECT_THAT(told,
+    return told;
+}
+
+TEST(Report, SaysWhichModuleItIs) {
+    EXPECT_THAT(factsOf("rf-board", {"Module"}),
+                ElementsAre("Name: RFBO", "Part number: 1141.5002.02", "Variant: 2", "Serial number: 101337",
+                            "Production date: 2018-11-15", "Hardware code: 3", "Product index: 02.04"));
+}
+
+TEST(Report, HasCountersAndWhichOfThemDiffer) {
+    EXPECT_THAT(factsOf("step-attenuator", {"Counters", "Statistics"}),
                 ElementsAre("Overload counter 1: 57", "Overload counter 2: 3",
                             "Overload counter, value 1: 412, backup 412", "Overload counter, value 2: 17, backup 17",
                             "High-power counter, value 1: 91, backup 91",
@@ -195,6 +207,7 @@ TEST(Report, ComparesByIdentifierAndOccurrenceAndPutsChangesFirst) {
     EXPECT_THAT(std::vector<std::string>(order.begin() + 3, order.end()), Each("equal"));
     EXPECT_EQ(report.entry(15731)["changedValues"], 1);
     EXPECT_EQ(report.entry(15731)["changedBytes"], 2);
+    EXPECT_EQ(report.block(15731)["tables"][0]["changedValues"], 1);
     const Json& other = report.block(15726)["tables"][0];
     EXPECT_FALSE(other.contains("changedValues"));
     EXPECT_TRUE(other["ownAxes"][0].is_null());

@@ -216,6 +216,24 @@ TEST(Jobs, EndWithTheFirstFailureInOrder) {
     }
 }
 
+TEST(Jobs, AFailureWakesThoseThatWaitForRoom) {
+    // The first fails when the others have begun all that they may, and wait.
+    constexpr std::size_t mayWait = 4 * 4;
+    std::atomic<std::size_t> begun = 0;
+    const auto work = [&](std::size_t i) {
+        ++begun;
+        if (i == 0) {
+            while (begun < mayWait)
+                std::this_thread::yield();
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            throw std::runtime_error("0");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // each a run of its own
+        return i;
+    };
+    EXPECT_THROW(runOrdered(100, 4, work, [](std::size_t, std::size_t) {}), std::runtime_error);
+}
+
 /// An image's blocks as text or CSV.
 class Shown {
 public:
