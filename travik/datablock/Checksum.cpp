@@ -51,13 +51,13 @@ std::uint32_t crc32(const void* bytes, std::size_t byteCount, std::uint32_t crc)
     return crc32Run.load(std::memory_order_relaxed)(bytes, byteCount, crc);
 }
 
-std::uint32_t blockCrc32(const void* bytes, std::size_t byteCount) noexcept {
+std::uint32_t blockCrc32(const void* image, std::size_t byteCount) noexcept {
     constexpr std::size_t leftOutBegin = 4, leftOutEnd = 12;
 
-    const std::uint32_t crc = crc32(bytes, byteCount < leftOutBegin ? byteCount : leftOutBegin);
+    const std::uint32_t crc = crc32(image, byteCount < leftOutBegin ? byteCount : leftOutBegin);
     if (byteCount <= leftOutEnd)
         return crc;
-    return crc32(static_cast<const unsigned char*>(bytes) + leftOutEnd, byteCount - leftOutEnd, crc);
+    return crc32(static_cast<const unsigned char*>(image) + leftOutEnd, byteCount - leftOutEnd, crc);
 }
 
 } // namespace Travik

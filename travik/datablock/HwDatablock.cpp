@@ -228,7 +228,7 @@ void HwDatablock::replaceDataInList(HwDatablock* other) {
 }
 
 bool HwDatablock::setData(QMemArray<char> data) { // NOLINT(performance-unnecessary-value-param): shares, does not copy
-    data_ = data;
+    data_ = std::move(data);
     return verifyChecksum();
 }
 

@@ -226,6 +226,12 @@ inline constexpr detail::NoFieldList recordFields{};
 
 namespace detail {
 
+/// Of packed records, which have no byte that is not a field's.
+template <class Record>
+bool sameBytes(const Record& left, const Record& right) {
+    return std::memcmp(reinterpret_cast<const char*>(&left), reinterpret_cast<const char*>(&right), sizeof left) == 0;
+}
+
 template <class Record>
 concept HasFieldList = !std::same_as<std::remove_const_t<decltype(recordFields<Record>)>, NoFieldList>;
 
@@ -237,7 +243,7 @@ requires(std::derived_from<Record, HwSDatablockHeader>&& detail::HasFieldList<Re
     const Record& left, const Record& right) {
     // The list covers the record: without a floating field, its fields are its bytes.
     if constexpr (std::ranges::none_of(recordFields<Record>, &Field::isFloating)) {
-        return std::memcmp(&left, &right, sizeof left) == 0;
+        return detail::sameBytes(left, right);
     } else {
         const HwSDatablockHeader& leftHeader = left;
         const HwSDatablockHeader& rightHeader = right;

@@ -157,11 +157,13 @@ std::string ClickHouse::schema(std::string_view cluster) {
     for (const FleetRelation& relation : fleetRelations()) {
         const std::string name(relation.name);
         const std::string own = cluster.empty() ? name : name + "_shard";
-        sql += "CREATE TABLE IF NOT EXISTS " + own + columnsOf(relation) + "\nENGINE = ReplacingMergeTree\nORDER BY (" +
-               std::string(orderOf(relation.relation)) + ");\n";
-        if (!cluster.empty())
-            sql += "CREATE TABLE IF NOT EXISTS " + name + " AS " + own + "\nENGINE = Distributed(" +
-                   std::string(cluster) + ", currentDatabase(), " + own + ", cityHash64(module));\n";
+        sql.append("CREATE TABLE IF NOT EXISTS ").append(own).append(columnsOf(relation));
+        sql.append("\nENGINE = ReplacingMergeTree\nORDER BY (").append(orderOf(relation.relation)).append(");\n");
+        if (!cluster.empty()) {
+            sql.append("CREATE TABLE IF NOT EXISTS ").append(name).append(" AS ").append(own);
+            sql.append("\nENGINE = Distributed(").append(cluster).append(", currentDatabase(), ").append(own);
+            sql.append(", cityHash64(module));\n");
+        }
     }
     return sql;
 }
@@ -169,6 +171,7 @@ std::string ClickHouse::schema(std::string_view cluster) {
 ClickHouse::ClickHouse(const std::string& address) {
     const std::size_t slash = address.find('/', address.find("://") == std::string::npos ? 0 : address.find("://") + 3);
     const std::string database = slash == std::string::npos ? "" : address.substr(slash + 1);
+    // NOLINTNEXTLINE(modernize-make-unique): an aggregate, which is not moved
     connection_.reset(
         new Connection{{address.substr(0, slash), environment("CLICKHOUSE_USER"), environment("CLICKHOUSE_PASSWORD")},
                        database.empty() ? "default" : database,
@@ -187,6 +190,7 @@ ClickHouse::~ClickHouse() = default;
 
 std::vector<std::optional<FleetSink::Known>> ClickHouse::known(std::span<const FoundFile> files) {
     std::vector<std::string> paths;
+    paths.reserve(files.size());
     for (const FoundFile& file : files)
         paths.push_back(file.path);
     std::map<std::string, Known, std::less<>> held;
@@ -221,6 +225,7 @@ FleetSink::Stored ClickHouse::store(const ImageRows& rows) {
 void ClickHouse::commit() {
     std::vector<Connection::Pending>& batch = connection_->batch;
     std::vector<std::string> keys;
+    keys.reserve(batch.size());
     for (const Connection::Pending& pending : batch)
         keys.push_back(pending.key);
     std::set<std::string, std::less<>> held; // and those of the batch that were sent

@@ -108,7 +108,7 @@ private:
             return;
         sink_.begin();
         const auto work = [&](std::size_t i) { return readFile(batch_[wanted[i]], known[wanted[i]]); };
-        const auto deliver = [&](std::size_t i, ReadFile read) {
+        const auto deliver = [&](std::size_t i, const ReadFile& read) {
             take(batch_[wanted[i]], known[wanted[i]], read);
             options_.progress(counts_);
         };

@@ -37,7 +37,7 @@ std::string sqlOf(std::initializer_list<std::string_view> parts) {
 
 std::vector<std::string> keysOf(Database& database, const BlockSelector& blocks) {
     std::vector<std::string> keys;
-    Statement all(database, "SELECT DISTINCT \"key\", identifier FROM blocks WHERE \"key\" <> '' ORDER BY \"key\"");
+    Statement all(database, R"(SELECT DISTINCT "key", identifier FROM blocks WHERE "key" <> '' ORDER BY "key")");
     while (all.step()) {
         std::string key(all.text(0));
         if (blocks.selects(static_cast<int>(all.whole(1)), key) && (keys.empty() || keys.back() != key))

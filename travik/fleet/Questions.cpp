@@ -86,11 +86,12 @@ struct ValueGroup {
 class GroupReader {
 public:
     GroupReader(Database& database, const FleetFilter& filter)
-        : curves_(database, sqlOf({"SELECT ", moduleColumns,
-                                   ", c.\"key\", c.field, c.\"row\", c.row_label, c.unit, c.step, c.axis_unit, "
-                                   "a.axis_values, c.point_values FROM curve_rows AS c JOIN axes AS a ON a.axis_id = "
-                                   "c.axis_id JOIN images AS i ON i.image = c.image WHERE c.\"key\" = ?4 AND ",
-                                   isMeant, " AND ", isLatest, " ORDER BY c.\"key\", c.field, c.\"row\", i.image"})),
+        : curves_(database,
+                  sqlOf({"SELECT ", moduleColumns,
+                         R"(, c."key", c.field, c."row", c.row_label, c.unit, c.step, c.axis_unit, )"
+                         R"(a.axis_values, c.point_values FROM curve_rows AS c JOIN axes AS a ON a.axis_id = )"
+                         R"(c.axis_id JOIN images AS i ON i.image = c.image WHERE c."key" = ?4 AND )",
+                         isMeant, " AND ", isLatest, R"( ORDER BY c."key", c.field, c."row", i.image)"})),
           scalars_(database,
                    sqlOf({"SELECT ", moduleColumns,
                           R"(, s."key", s.field, 0, '', s.unit, 0.0, '', s.number FROM scalars AS s JOIN images AS i )"

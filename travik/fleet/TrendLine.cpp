@@ -16,7 +16,8 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 struct Point {
     double x;
     double y;
-    friend auto operator<=>(const Point&, const Point&) = default;
+    friend auto operator<=>(const Point&,
+                            const Point&) = default; // NOLINT(modernize-use-nullptr): of what it compares to
 };
 
 /// The slopes of all pairs of points of different x, by their rank. Of few points they are listed; of many a slope of a

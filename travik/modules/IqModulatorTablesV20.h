@@ -2,8 +2,6 @@
 
 #include <travik/modules/IqModulatorTables.h>
 
-#include <cstring>
-
 /// The calibration of the IQ modulator board's RF module, second generation.
 namespace Travik {
 
@@ -70,11 +68,11 @@ static_assert(sizeof(HwSDatablockIqOp3RfmCalibDataV20) == 14408);
 
 /// Byte by byte: 0.0 and -0.0 differ, and a NaN equals itself.
 inline bool operator==(const HwSIqOp3RfmCalibDataBlockV20& left, const HwSIqOp3RfmCalibDataBlockV20& right) {
-    return std::memcmp(&left, &right, sizeof left) == 0;
+    return detail::sameBytes(left, right);
 }
 /// Header and every row, byte by byte.
 inline bool operator==(const HwSDatablockIqOp3RfmCalibDataV20& left, const HwSDatablockIqOp3RfmCalibDataV20& right) {
-    return std::memcmp(&left, &right, sizeof left) == 0;
+    return detail::sameBytes(left, right);
 }
 
 namespace detail {
