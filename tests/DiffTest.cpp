@@ -121,6 +121,11 @@ TEST(ImageDiff, ForgivesNumbersWithinATolerance) {
     EXPECT_TRUE(areSame(tableOf(9, 0.1F), tableOf(9, 0.11F), {.tolerance = 0.01, .relative = 0, .blocks = {}}));
     EXPECT_FALSE(areSame(tableOf(9, 1.0F), tableOf(9, std::nextafter(1.0F, 2.0F)),
                          {.tolerance = 1e-9, .relative = 1e-9, .blocks = {}}));
+    // What comes behind a number that is forgiven is told.
+    EXPECT_THAT(told(changed("rf-board", {"15716.values[0][1]=1", "15716.values[0][2]=1"}),
+                     changed("rf-board", {"15716.values[0][1]=1.1", "15716.values[0][2]=2"}),
+                     {.tolerance = 0.5, .relative = 0, .blocks = {}}),
+                ElementsAre("15716 changed values[0][2] checksum"));
 }
 
 TEST(ImageDiff, ComparesIntegersExactly) {
