@@ -110,9 +110,10 @@ private:
     }
 
     std::string store(const Assignment& assignment) {
-        const ImageBlock* block = nullptr;
-        if (std::string why = findBlock(assignment, block); !why.empty())
-            return why;
+        std::string whyNoBlock;
+        const ImageBlock* const block = findBlock(assignment, whyNoBlock);
+        if (!block)
+            return whyNoBlock;
         const Touched& touched = touch(*block);
         if (std::string why = whyUntouchable(touched); !why.empty())
             return why;
@@ -195,7 +196,7 @@ private:
         return {};
     }
 
-    std::string findBlock(const Assignment& assignment, const ImageBlock*& found) const {
+    const ImageBlock* findBlock(const Assignment& assignment, std::string& why) const {
         std::vector<const ImageBlock*> called;
         for (const ImageBlock& block : module_.blocks()) {
             if (assignment.block == std::to_string(block.id) || assignment.block == toUtf8(keyOf(block)))
@@ -203,17 +204,20 @@ private:
         }
         if (called.empty()) {
             const std::vector<std::string> misses = BlockSelector({assignment.block}).misses(module_);
-            return misses.empty() ? "no block " + assignment.block : misses.front();
+            why = misses.empty() ? "no block " + assignment.block : misses.front();
+            return nullptr;
         }
         if (assignment.offset) {
             const auto at = std::ranges::find(called, *assignment.offset, &ImageBlock::offset);
-            if (at == called.end())
-                return "not there, but " + placesOf(called);
-            found = *at;
-            return {};
+            if (at != called.end())
+                return *at;
+            why = "not there, but " + placesOf(called);
+            return nullptr;
         }
-        found = called.front();
-        return called.size() == 1 ? "" : "more than one block: " + placesOf(called);
+        if (called.size() == 1)
+            return called.front();
+        why = "more than one block: " + placesOf(called);
+        return nullptr;
     }
 
     const Touched& touch(const ImageBlock& block) {

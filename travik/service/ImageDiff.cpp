@@ -91,7 +91,8 @@ std::string_view nameOf(HeaderWord word) {
 }
 
 ImageDiff::ImageDiff(std::span<const char> before, std::span<const char> after, const DiffOptions& options)
-    : options_(options), before_(before), after_(after) {
+    : options_(options), before_(before),
+      after_(after) { // NOLINT(modernize-pass-by-value): the interface has a reference
     diff::BlockComparison comparison(before_, after_, options_);
     const BlockSelector& selector = options_.blocks;
     Pairs(before_, after_).forEach([&](const ImageBlock* first, const ImageBlock* second, std::size_t occurrence) {
