@@ -90,9 +90,9 @@ std::string_view nameOf(HeaderWord word) {
     return names.at(static_cast<std::size_t>(word));
 }
 
+// NOLINTNEXTLINE(modernize-pass-by-value): the interface has a reference
 ImageDiff::ImageDiff(std::span<const char> before, std::span<const char> after, const DiffOptions& options)
-    : options_(options), before_(before),
-      after_(after) { // NOLINT(modernize-pass-by-value): the interface has a reference
+    : options_(options), before_(before), after_(after) {
     diff::BlockComparison comparison(before_, after_, options_);
     const BlockSelector& selector = options_.blocks;
     Pairs(before_, after_).forEach([&](const ImageBlock* first, const ImageBlock* second, std::size_t occurrence) {
