@@ -1,7 +1,6 @@
 // Every class of the board tables in breadth: identifier, size, take-over, accessors at their bounds.
 #include "BoardTables.h"
 
-#include <functional>
 #include <memory>
 
 namespace BoardTablesTest {
@@ -16,34 +15,39 @@ struct Kind {
     unsigned int size;
     std::pair<int, std::string> signal; ///< of a refused take-over
     int refusal = 1;
-    std::function<std::unique_ptr<HwDatablock>()> make;
+    std::unique_ptr<HwDatablock> (*make)();
     /// Makes a record with the bytes of an image and hands it to the block.
-    std::function<int(HwDatablock&, const std::string&)> takeOver;
-    std::function<int(HwDatablock&)> takeOverOwnBuffer;
-    std::function<std::string(HwDatablock&)> sealed; ///< bytes of a record that is accepted
+    int (*takeOver)(HwDatablock&, const std::string&);
+    int (*takeOverOwnBuffer)(HwDatablock&);
+    std::string (*sealed)(HwDatablock&); ///< bytes of a record that is accepted
 };
 
 void PrintTo(const Kind& kind, std::ostream* os) { *os << kind.className; }
 
 template <class Block>
+Block& typed(HwDatablock& block) {
+    return dynamic_cast<Block&>(block);
+}
+
+template <class Block>
 Kind kind(const char* className, int id, unsigned int size, const std::pair<int, std::string>& signal,
-          std::function<std::unique_ptr<Block>()> make) {
-    const auto typed = [](HwDatablock& block) -> Block& { return dynamic_cast<Block&>(block); };
+          std::unique_ptr<HwDatablock> (*make)()) {
     return {.className = className,
             .id = id,
             .size = size,
             .signal = signal,
             .make = make,
             .takeOver =
-                [=](HwDatablock& block, const std::string& bytes) {
+                [](HwDatablock& block, const std::string& bytes) {
                     typename Block::Record record{};
                     std::memcpy(&record, bytes.data(), std::min(bytes.size(), sizeof record));
-                    return typed(block).setBlock(&record);
+                    return typed<Block>(block).setBlock(&record);
                 },
-            .takeOverOwnBuffer = [=](HwDatablock& block) { return typed(block).setBlock(typed(block).getBlock()); },
+            .takeOverOwnBuffer =
+                [](HwDatablock& block) { return typed<Block>(block).setBlock(typed<Block>(block).getBlock()); },
             .sealed =
-                [=](HwDatablock& block) {
-                    const auto record = sealedRecord(typed(block));
+                [](HwDatablock& block) {
+                    const auto record = sealedRecord(typed<Block>(block));
                     return std::string(reinterpret_cast<const char*>(&record), block.getBlockSize());
                 }};
 }
@@ -51,17 +55,21 @@ Kind kind(const char* className, int id, unsigned int size, const std::pair<int,
 /// A class that is made with the flag or nothing.
 template <class Block>
 Kind fixed(const char* className, int id, unsigned int size, const std::pair<int, std::string>& signal) {
-    return kind<Block>(className, id, size, signal, [] { return std::make_unique<Block>(); });
+    return kind<Block>(className, id, size, signal, [] { return std::unique_ptr<HwDatablock>(new Block()); });
+}
+
+void expectPathB(int instance, bool stops) {
+    EXPECT_EQ(instance, 1);
+    EXPECT_TRUE(stops);
 }
 
 /// A class that exists once a path: its path B.
 template <class Block, auto... Further>
 Kind path(const char* className, int id, unsigned int size, const std::pair<int, std::string>& signal) {
     return kind<Block>(className, id + 1, size, signal, [] {
-        auto block = std::make_unique<Block>(1, true, Further...);
-        EXPECT_EQ(block->getInstance(), 1);
-        EXPECT_TRUE(block->getStopConversionOnError());
-        return block;
+        auto* const block = new Block(1, true, Further...);
+        expectPathB(block->getInstance(), block->getStopConversionOnError());
+        return std::unique_ptr<HwDatablock>(block);
     });
 }
 
