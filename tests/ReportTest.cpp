@@ -308,6 +308,16 @@ TEST(ReportFamily, IsOfOneKindAndStaysWithinItsLimits) {
     EXPECT_FALSE(report.block(15731)["places"][0].contains("bytes"));
 }
 
+TEST(Report, LeavesBytesOutBeyondTheLimit) {
+    const std::vector<char> board = sample("rf-board");
+    ReportLimits limits;
+    limits.bytes = board.size();
+    EXPECT_EQ(reported({board}, ReportForm::Module, limits).head["remarks"].size(), 0U);
+    --limits.bytes;
+    EXPECT_THAT(reported({board}, ReportForm::Module, limits).head["remarks"],
+                ElementsAre(HasSubstr("The bytes of the blocks are not on this page")));
+}
+
 TEST(Report, KnowsALogarithmicAxis) {
     struct Case {
         std::vector<double> values;
