@@ -152,7 +152,7 @@ private:
             return CallFailed;
         }
         const std::string generator = "datablock " TRAVIK_VERSION;
-        const Travik::ReportDocuments documents = report(database, generator);
+        Travik::ReportDocuments documents = report(database, generator);
         if (!reportWriting(page_, writeImage(page_, reportPage(documents, generator))))
             return CallFailed;
         std::cerr << InLine{page_} << ": " << InLine{documents.title} << '\n';

@@ -80,7 +80,7 @@ private:
         for (const Image& image : images)
             reported.push_back({image.name, image.bytes});
         const std::string generator = "datablock " TRAVIK_VERSION;
-        const Travik::ReportDocuments documents = Travik::reportOf(reported, form, generator);
+        Travik::ReportDocuments documents = Travik::reportOf(reported, form, generator);
         return reportWriting(output_, writeImage(output_, reportPage(documents, generator)));
     }
 };

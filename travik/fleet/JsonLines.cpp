@@ -47,7 +47,10 @@ void appendJsonLines(std::string& text, Relation relation, const ImageRows& rows
         }
         json.raw("}\n");
     }
-    text += json.take();
+    if (text.empty())
+        text = json.take();
+    else
+        text += json.take();
 }
 
 FleetSink::Stored JsonLines::store(const ImageRows& rows) {

@@ -1,6 +1,7 @@
 #include "Descriptor.h"
 
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -55,6 +56,23 @@ bool writeInPieces(std::span<const char> bytes, Write write) {
     return true;
 }
 
+/// Hands over what comes from the descriptor until its end, or until no more is wanted. Empty, or why that failed.
+template <class Take>
+std::string readChunks(int file, const Take& take) {
+    std::array<char, 65536> chunk;
+    for (;;) {
+        const ssize_t count = ::read(file, chunk.data(), chunk.size());
+        if (count == 0)
+            return {};
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return errorText();
+        if (!take(std::span<const char>(chunk).first(static_cast<std::size_t>(count))))
+            return {};
+    }
+}
+
 } // namespace
 
 Descriptor::~Descriptor() {
@@ -66,19 +84,24 @@ std::string errorText(int error) { return std::generic_category().message(error)
 std::string errorText() { return errorText(errno); }
 
 std::string readAll(int file, std::vector<char>& bytes) {
-    std::array<char, 65536> chunk;
-    for (;;) {
-        const ssize_t count = ::read(file, chunk.data(), chunk.size());
-        if (count == 0)
-            return {};
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return errorText();
-        bytes.insert(bytes.end(), chunk.data(), chunk.data() + count);
-        if (bytes.size() > largestImage)
-            return "larger than 256 MiB, not a module image";
-    }
+    struct stat status {};
+    if (::fstat(file, &status) == 0 && status.st_size > 0) // a file that grows meanwhile is read all the same
+        bytes.reserve(bytes.size() + std::min(static_cast<std::size_t>(status.st_size), largestImage + 1));
+    std::string error = readChunks(file, [&](std::span<const char> chunk) {
+        bytes.insert(bytes.end(), chunk.begin(), chunk.end());
+        return bytes.size() <= largestImage;
+    });
+    return error.empty() && bytes.size() > largestImage ? "larger than 256 MiB, not a module image" : error;
+}
+
+bool holds(int file, std::span<const char> bytes) {
+    bool isSame = true;
+    const std::string error = readChunks(file, [&](std::span<const char> chunk) {
+        isSame = chunk.size() <= bytes.size() && std::ranges::equal(chunk, bytes.first(chunk.size()));
+        bytes = bytes.subspan(isSame ? chunk.size() : 0);
+        return isSame;
+    });
+    return error.empty() && isSame && bytes.empty();
 }
 
 bool writeAll(int file, std::span<const char> bytes) {

@@ -33,6 +33,8 @@ std::string errorText();
 
 /// Appends what comes from the descriptor until its end. Empty, or why that failed.
 std::string readAll(int file, std::vector<char>& bytes);
+/// Whether just these bytes come from the descriptor.
+bool holds(int file, std::span<const char> bytes);
 
 /// False, and errno, where not all could be written. A file that would grow beyond the process's limit is EFBIG, not
 /// the end of the process.
