@@ -82,7 +82,7 @@ int forEachImage(const std::vector<std::string>& paths, unsigned int jobs,
         const int result = useImage(paths[i], i, function);
         return recording.written(result);
     };
-    const auto deliver = [&](std::size_t i, Written written) {
+    const auto deliver = [&](std::size_t i, const Written& written) {
         status = std::max(status, written.status);
         if (!written.out.empty() || !written.err.empty())
             progress.hide();
