@@ -77,6 +77,7 @@ private:
         using Form = Travik::ReportForm;
         const Form form = !against_.empty() ? Form::Comparison : images.size() > 1 ? Form::Family : Form::Module;
         std::vector<Travik::ReportImage> reported;
+        reported.reserve(images.size());
         for (const Image& image : images)
             reported.push_back({image.name, image.bytes});
         const std::string generator = "datablock " TRAVIK_VERSION;

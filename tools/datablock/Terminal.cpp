@@ -55,7 +55,7 @@ private:
 
     static pid_t spawn(const std::string& command, int input);
     static void relay(int from, int to);
-    void wait();
+    void wait() const;
 };
 
 std::optional<Pager> pager;
@@ -77,6 +77,7 @@ pid_t Pager::spawn(const std::string& command, int input) {
             words.push_back(word);
     }
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
@@ -144,7 +145,7 @@ bool Pager::start(const std::string& command) {
     return true;
 }
 
-void Pager::wait() {
+void Pager::wait() const {
     while (::waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
     }
 }
