@@ -15,7 +15,6 @@ using Json = nlohmann::json;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 std::vector<char> sample(const std::string& name) {
