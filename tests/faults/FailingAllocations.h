@@ -8,10 +8,10 @@
 /// a `malloc` of its own, which must not be replaced: there it is `operator new` alone.
 namespace Faults {
 
-/// As long as it lives the allocation of this number fails, from 1, and those behind it if that is wanted.
+/// As long as it lives the allocation of the wanted number fails, from 1, and those behind it if that is wanted.
 class FailingAllocation {
 public:
-    FailingAllocation(std::size_t number, bool isForEver);
+    FailingAllocation(std::size_t wanted, bool isForEver);
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
     ~FailingAllocation();
