@@ -47,7 +47,7 @@ void appendJsonLines(std::string& text, Relation relation, const ImageRows& rows
         }
         json.raw("}\n");
     }
-    if (text.empty())
+    if (text.empty()) // the lines of a large image are not held twice
         text = json.take();
     else
         text += json.take();
