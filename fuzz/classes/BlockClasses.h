@@ -46,8 +46,8 @@ struct BlockClass {
 
 /// Every class that the headers define, and the tables of the catalogue without one, in no order.
 std::vector<BlockClass>& blockClasses();
-/// Enter into the table what a header's file knows. Functions of their own, so that the compiler does not write them out
-/// once for each of thousands of operations. A class is valid until the next one is entered.
+/// Enter into the table what a header's file knows. Functions of their own, so that the compiler does not write them
+/// out once for each of thousands of operations. A class is valid until the next one is entered.
 BlockClass& enterClass(const char* name, const std::type_info& type,
                        bool (*isBaseOf)(const Travik::HwDatablock& block));
 void enterAccessor(BlockClass& table, const char* name, bool changes, void (*call)(Surroundings& with));
